@@ -1,0 +1,139 @@
+#pragma once
+/// \file
+/// `Realm`, the object database that keeps the reminders, and `RealmProvider`, which opens one.
+
+#include <cstddef>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <ranges>
+#include <span>
+#include <string_view>
+#include <utility>
+
+#include "quendokit/platform/error.hpp"
+#include "quendokit/platform/export.hpp"
+#include "quendokit/platform/query.hpp"
+#include "quendokit/platform/realm_configuration.hpp"
+#include "quendokit/platform/realm_error.hpp"
+#include "quendokit/platform/row.hpp"
+
+namespace quendokit {
+
+template <typename Object>
+class Results;
+
+/// What a C++ type offers so that a `Realm` can keep it: its schema, a way from a row, a way to a row, and the order of
+/// two objects by one property.
+template <typename Object>
+concept RealmObject = requires(const Object& object, const Row& row, RowWriter& writer, std::size_t property) {
+    { Object::schema() } -> std::same_as<const ObjectSchema&>;
+    { Object::fromRow(row) } -> std::same_as<Object>;
+    { object.writeTo(writer) };
+    { object.primaryKeyValue() } -> std::convertible_to<std::string_view>;
+    { object.precedes(object, property) } -> std::same_as<bool>;
+};
+
+/// A new value for a named property.
+struct Assignment {
+    std::string_view property;
+    Value value;
+};
+
+/// An open object database. Objects read from it are detached values: changing one changes nothing stored.
+///
+/// Owned by whoever opened it, in practice shared with the controller. One thread only, the one that opened it (the
+/// main thread). Other processes may use the same file at the same time; each write and each `read` sees and leaves a
+/// whole state.
+class QUENDOKIT_EXPORT Realm {
+public:
+    using Configuration = RealmConfiguration;
+    /// Returns whether to go on with the next row.
+    using RowVisitor = std::function<bool(const Row&)>;
+
+    Realm() = default;
+    Realm(const Realm&) = delete;
+    Realm& operator=(const Realm&) = delete;
+    virtual ~Realm() = default;
+
+    /// Opens the database by the installed provider, migrating an older file.
+    static Result<std::shared_ptr<Realm>> open(const Configuration& configuration);
+
+    /// Runs `changes` as one transaction. On success everything in it is durable when this returns. On failure nothing
+    /// of it happened, and the error says why; `changes` has not run at all when the transaction could not begin. A
+    /// change that fails makes the rest of the transaction's changes idle and the whole fail at its end. A transaction
+    /// without changes costs no disk write. Inside another `write` or a `read` it fails (`RealmErrorCode::nested`)
+    /// without touching either.
+    [[nodiscard]] virtual std::optional<Error> write(const std::function<void()>& changes) = 0;
+
+    /// Runs `reads` over one unchanging state of the database. Inside a `write` or another `read` it just runs them.
+    virtual void read(const std::function<void()>& reads) const = 0;
+
+    /// Stores the object with all its properties. With `update`, it replaces one of the same primary key; without, such
+    /// a one makes the write fail. Fatal outside `write`.
+    template <RealmObject Object>
+    void add(const Object& object, bool update) {
+        addRow(Object::schema(), [&object](RowWriter& writer) { object.writeTo(writer); }, update);
+    }
+
+    /// `add` for each object of a sequence.
+    template <std::ranges::input_range Objects>
+        requires RealmObject<std::ranges::range_value_t<Objects>>
+    void add(const Objects& objects, bool update) {
+        for (const auto& object : objects) {
+            add(object, update);
+        }
+    }
+
+    /// Gives the stored object of this primary key new values for the named properties and leaves the others alone.
+    /// Nothing happens when there is no such object. Fatal outside `write`, or if a property is unknown or of another
+    /// type.
+    template <RealmObject Object>
+    void set(std::string_view primaryKey, std::initializer_list<Assignment> assignments) {
+        setValues(Object::schema(), primaryKey, {assignments.begin(), assignments.size()});
+    }
+
+    /// Removes the stored object of the same primary key; nothing happens when there is none. Fatal outside `write`.
+    template <RealmObject Object>
+    void delete_(const Object& object) {
+        deleteRow(Object::schema(), object.primaryKeyValue());
+    }
+
+    /// Removes every object of every class. Fatal outside `write`.
+    virtual void deleteAll() = 0;
+
+    /// All objects of a class. The realm must outlive the results.
+    template <RealmObject Object>
+    [[nodiscard]] Results<Object> objects() const {
+        return Results<Object>(*this);
+    }
+
+    /// For `Results`. Calls `visitor` for each row that meets `query` until it answers false. Answers whether the rows
+    /// came in the order asked for; otherwise the caller sorts them. A read that fails ends early, and the database's
+    /// owner is told in the way the implementation offers.
+    [[nodiscard]] virtual bool visitRows(const Query& query, const RowVisitor& visitor) const = 0;
+    /// For `Results`. 0 after a failure.
+    [[nodiscard]] virtual std::size_t countRows(const Query& query) const = 0;
+
+protected:
+    virtual void addRow(const ObjectSchema& schema, const std::function<void(RowWriter&)>& fill, bool update) = 0;
+    virtual void setValues(const ObjectSchema& schema, std::string_view primaryKey,
+                           std::span<const Assignment> assignments) = 0;
+    virtual void deleteRow(const ObjectSchema& schema, std::string_view primaryKey) = 0;
+};
+
+/// Opens object databases. Any thread; the realm it hands out belongs to the calling one.
+class RealmProvider {
+public:
+    RealmProvider() = default;
+    RealmProvider(const RealmProvider&) = delete;
+    RealmProvider& operator=(const RealmProvider&) = delete;
+    virtual ~RealmProvider() = default;
+
+    /// Makes the file when there is none. An older one is migrated as a whole or not at all, a newer or damaged one is
+    /// refused and left as it is.
+    [[nodiscard]] virtual Result<std::shared_ptr<Realm>> open(const Realm::Configuration& configuration) = 0;
+};
+
+}  // namespace quendokit

@@ -1,0 +1,137 @@
+#include "quendokit/store/reminder_item.hpp"
+
+#include <utility>
+
+#include "quendokit/platform/row.hpp"
+#include "quendokit/platform/services.hpp"
+#include "quendokit/platform/uuid.hpp"
+
+namespace quendokit {
+namespace {
+
+/// The numbers of the properties in the schema.
+enum Column : std::size_t { id, title, deleted, shown, completionDate, pending, device, datetime };
+
+ObjectSchema makeSchema() {
+    using enum PropertyType;
+    return {
+        .className = "ReminderItem",
+        .properties =
+            {
+                {"ID", text, std::nullopt},
+                {"title", text, Value("")},
+                {"deleted", boolean, Value(false)},
+                {"shown", boolean, Value(false)},
+                {"completionDate", date, CurrentInstant()},
+                {"pending", boolean, Value(true)},
+                {"_device", integer, Value(ReminderItem::noDevice)},
+                {"_datetime", date, Value(ReminderDefaults::NoDate)},
+            },
+        .primaryKey = std::string(ReminderItem::primaryKey()),
+        .ignoredProperties = ReminderItem::ignoredProperties(),
+        .indexHints =
+            {
+                // Upcoming and the dated half of the passed ones are answered from this index alone.
+                {"by_moment",
+                 {"_device", "_datetime", "ID", "deleted", "title", "shown", "completionDate", "pending"},
+                 ""},
+                {"waiting_at_mac", {"title", "ID"}, "_device = 1 AND shown = false"},
+                {"seen_at_device", {"completionDate", "ID"}, "shown = true AND _device != -1"},
+            },
+    };
+}
+
+std::optional<ReminderCondition> conditionOf(const ReminderItem& item) {
+    if (const auto moment = item.datetime()) {
+        return ReminderCondition::dateTime(*moment);
+    }
+    if (const auto waitsFor = DeviceType::fromRawValue(item._device)) {
+        return ReminderCondition::device(*waitsFor);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+ReminderItem::ReminderItem(std::string itemTitle, const ReminderCondition& condition, std::optional<std::string> id,
+                           bool itemShown)
+    : ID(id ? *id : makeUUID()),
+      title(std::move(itemTitle)),
+      shown(itemShown),
+      completionDate(condition.date() ? *condition.date() : platform::clock().now()),
+      pending(!id.has_value()),
+      _device(condition.deviceType() ? condition.deviceType()->rawValue() : noDevice),
+      _datetime(condition.date().value_or(ReminderDefaults::NoDate)) {}
+
+ReminderItem::ReminderItem(const ReminderStruct& reminder)
+    : ReminderItem(reminder.title(), reminder.condition(), reminder.id(), reminder.shown()) {}
+
+std::optional<Date> ReminderItem::datetime() const noexcept {
+    if (_datetime == ReminderDefaults::NoDate) {
+        return std::nullopt;
+    }
+    return _datetime;
+}
+
+const ObjectSchema& ReminderItem::schema() {
+    static const ObjectSchema schema = makeSchema();
+    return schema;
+}
+
+ReminderItem ReminderItem::fromRow(const Row& row) {
+    ReminderItem item(std::string(row.text(Column::id)), std::string(row.text(Column::title)),
+                      row.date(Column::completionDate));
+    item.deleted = row.boolean(Column::deleted);
+    item.shown = row.boolean(Column::shown);
+    item.pending = row.boolean(Column::pending);
+    item._device = row.integer(Column::device);
+    item._datetime = row.date(Column::datetime);
+    return item;
+}
+
+void ReminderItem::writeTo(RowWriter& writer) const {
+    writer.text(Column::id, ID);
+    writer.text(Column::title, title);
+    writer.boolean(Column::deleted, deleted);
+    writer.boolean(Column::shown, shown);
+    writer.date(Column::completionDate, completionDate);
+    writer.boolean(Column::pending, pending);
+    writer.integer(Column::device, _device);
+    writer.date(Column::datetime, _datetime);
+}
+
+bool ReminderItem::precedes(const ReminderItem& other, std::size_t property) const {
+    switch (static_cast<Column>(property)) {
+        case Column::id:
+            return ID < other.ID;
+        case Column::title:
+            return title < other.title;
+        case Column::deleted:
+            return deleted < other.deleted;
+        case Column::shown:
+            return shown < other.shown;
+        case Column::completionDate:
+            return completionDate < other.completionDate;
+        case Column::pending:
+            return pending < other.pending;
+        case Column::device:
+            return _device < other._device;
+        case Column::datetime:
+            return _datetime < other._datetime;
+    }
+    return false;
+}
+
+std::optional<ReminderStruct> makeReminderStruct(const ReminderItem& item) {
+    return makeReminderStruct(ReminderItem(item));
+}
+
+std::optional<ReminderStruct> makeReminderStruct(ReminderItem&& item) {
+    const auto condition = conditionOf(item);
+    if (!condition) {
+        return std::nullopt;
+    }
+    return ReminderStruct(std::move(item.ID), std::move(item.title), item.shown, *condition);
+}
+
+}  // namespace quendokit

@@ -1,0 +1,102 @@
+#pragma once
+/// \file
+/// `InMemoryRealm`, an object database that is gone with its last owner.
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quendokit/platform/export.hpp"
+#include "quendokit/platform/realm.hpp"
+
+namespace quendokit::testing {
+
+/// What a file of an older schema version holds, to be migrated when it is opened.
+struct OldObjects {
+    std::uint64_t schemaVersion = 0;
+    std::string className;
+    /// One map from property names to values an object.
+    std::vector<std::map<std::string, Value>> objects;
+};
+
+/// Keeps objects in maps by primary key. Answers as every `Realm` does, at the cost of reading all objects a query and
+/// copying them a write. One thread.
+class QUENDOKIT_EXPORT InMemoryRealm final : public Realm {
+public:
+    /// Where an injected failure strikes.
+    enum class FailAt {
+        /// The transaction cannot begin: its changes do not run.
+        begin,
+        /// The changes run and are lost.
+        commit,
+    };
+
+    /// An empty database, or one that holds `old` after its migration. Fatal if `old` is of the configuration's version
+    /// or newer, or of an unknown class.
+    [[nodiscard]] static std::shared_ptr<InMemoryRealm> create(const Configuration& configuration,
+                                                               const std::optional<OldObjects>& old = std::nullopt);
+    ~InMemoryRealm() override;
+
+    /// Lets the next `count` writes fail with `error`.
+    void failWrites(std::size_t count, FailAt at, Error error);
+
+    /// How many writes have succeeded and changed something.
+    [[nodiscard]] std::size_t commitCount() const noexcept { return commitCount_; }
+
+    [[nodiscard]] std::optional<Error> write(const std::function<void()>& changes) override;
+    void read(const std::function<void()>& reads) const override;
+    void deleteAll() override;
+    [[nodiscard]] bool visitRows(const Query& query, const RowVisitor& visitor) const override;
+    [[nodiscard]] std::size_t countRows(const Query& query) const override;
+
+protected:
+    void addRow(const ObjectSchema& schema, const std::function<void(RowWriter&)>& fill, bool update) override;
+    void setValues(const ObjectSchema& schema, std::string_view primaryKey,
+                   std::span<const Assignment> assignments) override;
+    void deleteRow(const ObjectSchema& schema, std::string_view primaryKey) override;
+
+private:
+    using Table = std::map<std::string, ValueRow, std::less<>>;
+    using Tables = std::map<std::string, Table, std::less<>>;
+    struct PlannedFailure {
+        std::size_t count;
+        FailAt at;
+        Error error;
+    };
+
+    explicit InMemoryRealm(Configuration configuration);
+    void migrate(const OldObjects& old);
+    [[nodiscard]] Table& tableOf(const ObjectSchema& schema);
+    [[nodiscard]] const Table& tableOf(const ObjectSchema& schema) const;
+    [[nodiscard]] std::vector<const ValueRow*> find(const Query& query) const;
+    /// Whether the transaction goes on. Fatal outside one.
+    [[nodiscard]] bool mayChange() const;
+    /// Keeps the state before the first change of a transaction.
+    void keepState();
+    /// Fails the transaction if `row` holds a date that is not finite.
+    [[nodiscard]] bool isStorable(const ObjectSchema& schema, const ValueRow& row);
+    void fail(RealmErrorCode code, std::string description);
+
+    const Configuration configuration_;
+    Tables tables_;
+    std::optional<Tables> beforeWrite_;
+    std::optional<Error> writeFailure_;
+    std::optional<PlannedFailure> plannedFailure_;
+    bool writing_ = false;
+    mutable int readDepth_ = 0;
+    std::size_t commitCount_ = 0;
+};
+
+/// Hands out one and the same database, as opening one file again and again does.
+class QUENDOKIT_EXPORT InMemoryRealmProvider final : public RealmProvider {
+public:
+    [[nodiscard]] Result<std::shared_ptr<Realm>> open(const Realm::Configuration& configuration) override;
+
+private:
+    std::shared_ptr<InMemoryRealm> realm_;
+};
+
+}  // namespace quendokit::testing
