@@ -172,11 +172,13 @@ void InMemoryRealm::deleteAll() {
 }
 
 bool InMemoryRealm::visitRows(const Query& query, const RowVisitor& visitor) const {
-    for (const ValueRow* row : find(query)) {
-        if (!visitor(*row)) {
-            break;
+    read([&] {
+        for (const ValueRow* row : find(query)) {
+            if (!visitor(*row)) {
+                return;
+            }
         }
-    }
+    });
     return true;
 }
 
@@ -268,6 +270,9 @@ std::vector<const ValueRow*> InMemoryRealm::find(const Query& query) const {
 bool InMemoryRealm::mayChange() const {
     if (!writing_) {
         fatalError("a database was changed outside Realm::write");
+    }
+    if (readDepth_ > 0) {
+        fatalError("a database was changed while it was being read");
     }
     return !writeFailure_;
 }

@@ -67,7 +67,8 @@ public:
     /// without touching either.
     [[nodiscard]] virtual std::optional<Error> write(const std::function<void()>& changes) = 0;
 
-    /// Runs `reads` over one unchanging state of the database. Inside a `write` or another `read` it just runs them.
+    /// Runs `reads` over one unchanging state of the database. Inside a `write` or another `read` it just runs them. A
+    /// change inside is fatal.
     virtual void read(const std::function<void()>& reads) const = 0;
 
     /// Stores the object with all its properties. With `update`, it replaces one of the same primary key; without, such
@@ -109,9 +110,9 @@ public:
         return Results<Object>(*this);
     }
 
-    /// For `Results`. Calls `visitor` for each row that meets `query` until it answers false. Answers whether the rows
-    /// came in the order asked for; otherwise the caller sorts them. A read that fails ends early, and the database's
-    /// owner is told in the way the implementation offers.
+    /// For `Results`. Calls `visitor`, inside a `read`, for each row that meets `query` until it answers false. Answers
+    /// whether the rows came in the order asked for; otherwise the caller sorts them. A read that fails ends early, and
+    /// the database's owner is told in the way the implementation offers.
     [[nodiscard]] virtual bool visitRows(const Query& query, const RowVisitor& visitor) const = 0;
     /// For `Results`. 0 after a failure.
     [[nodiscard]] virtual std::size_t countRows(const Query& query) const = 0;

@@ -60,8 +60,8 @@ public:
         return objects;
     }
 
-    /// Hands each object to `visit`, which answers whether to go on. In no particular order when none was asked for,
-    /// and then without keeping more than one object.
+    /// Hands each object to `visit`, which answers whether to go on and changes nothing in the database. In no
+    /// particular order when none was asked for, and then without keeping more than one object.
     template <typename Visit>
     void forEach(Visit visit) const {
         if (!query_.order) {

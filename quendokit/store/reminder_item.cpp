@@ -35,8 +35,9 @@ ObjectSchema makeSchema() {
                 {"by_moment",
                  {"_device", "_datetime", "ID", "deleted", "title", "shown", "completionDate", "pending"},
                  ""},
-                {"waiting_at_mac", {"title", "ID"}, "_device = 1 AND shown = false"},
-                {"seen_at_device", {"completionDate", "ID"}, "shown = true AND _device != -1"},
+                // The first properties repeat the condition: a database searches an index by its first properties.
+                {"waiting_at_mac", {"_device", "shown", "title", "ID"}, "_device = 1 AND shown = false"},
+                {"seen_at_device", {"shown", "completionDate", "ID"}, "shown = true AND _device != -1"},
             },
     };
 }

@@ -1,0 +1,308 @@
+#include <algorithm>
+#include <map>
+#include <sqlite3.h>
+#include <utility>
+
+#include "adapters/sqlite/database_file_internal.hpp"
+#include "adapters/sqlite/migration_internal.hpp"
+#include "adapters/sqlite/open_internal.hpp"
+#include "adapters/sqlite/schema_sql_internal.hpp"
+#include "adapters/sqlite/sqlite_error_internal.hpp"
+
+namespace quendokit::sqlite {
+namespace {
+
+enum class CheckDepth { quick, full };
+
+/// What kind of file it is, as its header says.
+struct FileState {
+    std::int64_t version = 0;
+    /// Nothing was ever stored in it.
+    bool isNew = false;
+};
+
+Result<std::unique_ptr<Connection>> connect(const std::filesystem::path& file, const SQLiteRealmOptions& options) {
+    sqlite3* handle = nullptr;
+    const int opened = sqlite3_open_v2(file.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX,
+                                       options.fileSystem.empty() ? nullptr : options.fileSystem.c_str());
+    auto connection = std::make_unique<Connection>(handle, file.string());
+    if (opened != SQLITE_OK) {
+        return errorOf(handle, opened, file.string());
+    }
+    sqlite3_extended_result_codes(handle, 1);
+    sqlite3_busy_timeout(handle, static_cast<int>(options.busyTimeout.count()));
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    // Until the file is known to be ours, closing it must leave it as it is.
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    if (auto failure = connection->execute("PRAGMA cell_size_check = ON; PRAGMA synchronous = FULL")) {
+        return *std::move(failure);
+    }
+    return connection;
+}
+
+Result<bool> hasTable(Connection& connection, const std::string& table) {
+    const auto statement =
+        connection.prepare("SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name = ?1", false);
+    if (!statement) {
+        return connection.lastError();
+    }
+    statement->bind(1, std::string_view(table));
+    if (statement->step() != Step::row) {
+        return connection.lastError();
+    }
+    return statement->integer(0) == 1;
+}
+
+Result<FileState> inspect(Connection& connection, const RealmConfiguration& configuration) {
+    auto kind = connection.integer("PRAGMA application_id");
+    if (!kind) {
+        return kind.error();
+    }
+    auto version = connection.integer("PRAGMA user_version");
+    if (!version) {
+        return version.error();
+    }
+    if (version.value() > static_cast<std::int64_t>(configuration.schemaVersion)) {
+        return makeRealmError(RealmErrorCode::newerVersion,
+                              connection.file() + ": a newer version wrote it (schema " +
+                                  std::to_string(version.value()) + ", this program knows " +
+                                  std::to_string(configuration.schemaVersion) + "); update this program");
+    }
+    FileState state{.version = version.value(), .isNew = false};
+    bool hasAny = false;
+    for (const ObjectSchema& schema : configuration.objectSchemas) {
+        auto present = hasTable(connection, schema.className);
+        if (!present) {
+            return present.error();
+        }
+        if (!present.value() && (state.version != 0 || hasAny)) {
+            return damagedError(connection.file(), "table " + schema.className + " is missing");
+        }
+        hasAny = hasAny || present.value();
+    }
+    state.isNew = state.version == 0 && !hasAny;
+    // Older schema versions were written before files carried a kind.
+    const bool mayLackKind = state.version < static_cast<std::int64_t>(configuration.schemaVersion);
+    if (state.version < 0 || (kind.value() != applicationId && !(kind.value() == 0 && mayLackKind))) {
+        return damagedError(connection.file(), "it is another program's database");
+    }
+    return state;
+}
+
+std::optional<Error> check(Connection& connection, CheckDepth depth) {
+    auto finding = connection.text(depth == CheckDepth::quick ? "PRAGMA quick_check(1)" : "PRAGMA integrity_check(1)");
+    if (!finding) {
+        return finding.error();
+    }
+    if (finding.value() != "ok") {
+        std::string line = finding.value();
+        std::replace(line.begin(), line.end(), '\n', ' ');
+        return damagedError(connection.file(), line);
+    }
+    return std::nullopt;
+}
+
+/// Compares the columns with those that this program makes.
+std::optional<Error> checkTable(Connection& connection, const ObjectSchema& schema) {
+    const auto statement = connection.prepare(
+        "SELECT name, upper(type) || ' ' || \"notnull\" || ' ' || pk FROM pragma_table_xinfo(?1)", false);
+    if (!statement) {
+        return connection.lastError();
+    }
+    statement->bind(1, std::string_view(schema.className));
+    std::map<std::string, std::string> columns;
+    while (statement->step() == Step::row) {
+        columns.emplace(statement->text(0), statement->text(1));
+    }
+    for (const Property& property : schema.properties) {
+        const auto column = columns.find(property.name);
+        if (column == columns.end()) {
+            return damagedError(connection.file(), "table " + schema.className + " has no column " + property.name);
+        }
+        const std::string wanted =
+            std::string(columnType(property.type)) + " 1 " + (property.name == schema.primaryKey ? "1" : "0");
+        if (column->second != wanted) {
+            return damagedError(connection.file(),
+                                "column " + property.name + " of table " + schema.className + " is of the wrong type");
+        }
+        columns.erase(column);
+    }
+    if (!columns.empty()) {
+        return damagedError(connection.file(),
+                            "table " + schema.className + " has an unknown column " + columns.begin()->first);
+    }
+    return std::nullopt;
+}
+
+std::string setVersion(const RealmConfiguration& configuration) {
+    return "PRAGMA application_id = " + std::to_string(applicationId) +
+           "; PRAGMA user_version = " + std::to_string(configuration.schemaVersion);
+}
+
+/// Makes the tables of a new file, or rebuilds those of an older version, and says which version it is now; all in one
+/// transaction.
+std::optional<Error> bringUpToDate(Connection& connection, const RealmConfiguration& configuration,
+                                   const std::filesystem::path& file, const SQLiteRealmOptions& options) {
+    Transaction transaction(connection);
+    if (auto failure = transaction.begin()) {
+        return failure;
+    }
+    // Another process may have done the same since this one looked.
+    auto state = inspect(connection, configuration);
+    if (!state) {
+        return state.error();
+    }
+    if (state.value().isNew) {
+        for (const ObjectSchema& schema : configuration.objectSchemas) {
+            if (auto failure = connection.execute(createTable(schema))) {
+                return failure;
+            }
+        }
+    } else if (state.value().version < static_cast<std::int64_t>(configuration.schemaVersion)) {
+        if (auto failure = backUp(file, state.value().version, options.fileSystem)) {
+            return failure;
+        }
+        if (auto failure =
+                rebuildTables(connection, configuration, static_cast<std::uint64_t>(state.value().version))) {
+            return failure;
+        }
+    }
+    if (auto failure = connection.execute(setVersion(configuration))) {
+        return failure;
+    }
+    return transaction.commit();
+}
+
+/// The indices that the file has and those it should have, each by name and text.
+std::optional<Error> adjustIndices(Connection& connection, const ObjectSchema& schema) {
+    const auto statement = connection.prepare(
+        "SELECT name, sql FROM sqlite_schema WHERE type = 'index' AND tbl_name = ?1 AND sql IS NOT NULL", false);
+    if (!statement) {
+        return connection.lastError();
+    }
+    statement->bind(1, std::string_view(schema.className));
+    std::map<std::string, std::string> present;
+    while (statement->step() == Step::row) {
+        present.emplace(statement->text(0), statement->text(1));
+    }
+    statement->reset();
+    std::string create;
+    for (const IndexSQL& index : createIndices(schema)) {
+        const auto found = present.find(index.name);
+        if (found != present.end() && found->second == index.create) {
+            present.erase(found);
+        } else {
+            create += "; " + index.create;
+        }
+    }
+    std::string drop;
+    for (const auto& [name, sql] : present) {
+        drop += "; DROP INDEX " + quotedName(name);
+    }
+    if (create.empty() && drop.empty()) {
+        return std::nullopt;
+    }
+    Transaction transaction(connection);
+    if (auto failure = connection.execute("BEGIN IMMEDIATE" + drop + create)) {
+        return failure;
+    }
+    return transaction.commit();
+}
+
+std::optional<Error> useWriteAheadLog(Connection& connection) {
+    auto mode = connection.text("PRAGMA journal_mode = WAL");
+    if (!mode) {
+        return mode.error();
+    }
+    if (mode.value() != "wal") {
+        return makeRealmError(
+            RealmErrorCode::unavailable,
+            connection.file() + ": the file system cannot keep a write-ahead log; use another folder");
+    }
+    return std::nullopt;
+}
+
+std::optional<Error> setUp(Connection& connection, const std::filesystem::path& file,
+                           const RealmConfiguration& configuration, const SQLiteRealmOptions& options) {
+    auto state = inspect(connection, configuration);
+    if (!state) {
+        return state.error();
+    }
+    if (!state.value().isNew) {
+        if (auto failure = check(connection, CheckDepth::quick)) {
+            return failure;
+        }
+    }
+    if (state.value().isNew || state.value().version < static_cast<std::int64_t>(configuration.schemaVersion)) {
+        if (auto failure = bringUpToDate(connection, configuration, file, options)) {
+            return failure;
+        }
+    }
+    for (const ObjectSchema& schema : configuration.objectSchemas) {
+        if (auto failure = checkTable(connection, schema)) {
+            return failure;
+        }
+    }
+    if (auto failure = useWriteAheadLog(connection)) {
+        return failure;
+    }
+    for (const ObjectSchema& schema : configuration.objectSchemas) {
+        if (auto failure = adjustIndices(connection, schema)) {
+            return failure;
+        }
+    }
+    sqlite3_db_config(connection.handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
+    return std::nullopt;
+}
+
+}  // namespace
+
+Result<std::shared_ptr<SQLiteRealm>> openRealm(const std::filesystem::path& file,
+                                               const RealmConfiguration& configuration,
+                                               const SQLiteRealmOptions& options) {
+    if (auto failure = prepareFile(file)) {
+        return *std::move(failure);
+    }
+    auto connection = connect(file, options);
+    if (!connection) {
+        return connection.error();
+    }
+    if (auto failure = setUp(*connection.value(), file, configuration, options)) {
+        return *std::move(failure);
+    }
+    return std::make_shared<SQLiteRealm>(std::move(connection).value(), configuration.objectSchemas, options.onFailure);
+}
+
+Result<std::optional<std::uint64_t>> examineFile(const std::filesystem::path& file,
+                                                 const RealmConfiguration& configuration,
+                                                 const SQLiteRealmOptions& options) {
+    const std::optional<std::uint64_t> nothingStored;
+    if (auto failure = refuseForeignFile(file)) {
+        return *std::move(failure);
+    }
+    std::error_code missing;
+    if (std::filesystem::file_size(file, missing) == 0 || missing) {
+        return nothingStored;
+    }
+    auto connection = connect(file, options);
+    if (!connection) {
+        return connection.error();
+    }
+    auto state = inspect(*connection.value(), configuration);
+    if (!state) {
+        return state.error();
+    }
+    if (auto failure = check(*connection.value(), CheckDepth::full)) {
+        return *std::move(failure);
+    }
+    const bool current = state.value().version == static_cast<std::int64_t>(configuration.schemaVersion);
+    for (const ObjectSchema& schema : configuration.objectSchemas) {
+        if (auto failure = current ? checkTable(*connection.value(), schema) : std::nullopt) {
+            return *std::move(failure);
+        }
+    }
+    return state.value().isNew ? nothingStored : std::optional(static_cast<std::uint64_t>(state.value().version));
+}
+
+}  // namespace quendokit::sqlite

@@ -1,0 +1,308 @@
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "adapters/sqlite/schema_sql_internal.hpp"
+#include "adapters/sqlite/sqlite_realm_internal.hpp"
+#include "quendokit/platform/fatal_error.hpp"
+
+namespace quendokit::sqlite {
+namespace {
+
+/// More different queries than any program writes down; those beyond are prepared each time.
+constexpr std::size_t mostCompiledQueries = 256;
+
+/// The row at which a statement stands; its columns are the properties in order.
+class StatementRow final : public Row {
+public:
+    explicit StatementRow(const Statement& statement) : statement_(statement) {}
+
+    [[nodiscard]] bool boolean(std::size_t property) const override { return integer(property) != 0; }
+    [[nodiscard]] std::int64_t integer(std::size_t property) const override {
+        return statement_.integer(static_cast<int>(property));
+    }
+    [[nodiscard]] std::string_view text(std::size_t property) const override {
+        return statement_.text(static_cast<int>(property));
+    }
+    [[nodiscard]] Date date(std::size_t property) const override {
+        return Date(statement_.real(static_cast<int>(property)));
+    }
+
+private:
+    const Statement& statement_;
+};
+
+/// Binds properties as parameters in order.
+class ParameterWriter final : public RowWriter {
+public:
+    explicit ParameterWriter(Statement& statement) : statement_(statement) {}
+
+    void boolean(std::size_t property, bool value) override { integer(property, value ? 1 : 0); }
+    void integer(std::size_t property, std::int64_t value) override { statement_.bind(parameter(property), value); }
+    void text(std::size_t property, std::string_view value) override { statement_.bind(parameter(property), value); }
+    void date(std::size_t property, Date value) override {
+        const double seconds = value.timeIntervalSince1970();
+        allDatesFinite_ = allDatesFinite_ && std::isfinite(seconds);
+        statement_.bind(parameter(property), seconds);
+    }
+
+    [[nodiscard]] bool allDatesFinite() const noexcept { return allDatesFinite_; }
+
+private:
+    static int parameter(std::size_t property) { return static_cast<int>(property) + 1; }
+
+    Statement& statement_;
+    bool allDatesFinite_ = true;
+};
+
+void writeValue(RowWriter& writer, std::size_t property, const Value& value) {
+    switch (typeOf(value)) {
+        case PropertyType::boolean:
+            return writer.boolean(property, std::get<bool>(value));
+        case PropertyType::integer:
+            return writer.integer(property, std::get<std::int64_t>(value));
+        case PropertyType::text:
+            return writer.text(property, std::get<std::string>(value));
+        case PropertyType::date:
+            return writer.date(property, std::get<Date>(value));
+    }
+}
+
+/// Counts the reads that are under way, one inside the other.
+class ReadScope {
+public:
+    explicit ReadScope(int& depth) : depth_(depth) { ++depth_; }
+    ReadScope(const ReadScope&) = delete;
+    ReadScope& operator=(const ReadScope&) = delete;
+    ~ReadScope() { --depth_; }
+
+private:
+    int& depth_;
+};
+
+void bindArguments(Statement& statement, const QueryBranch& branch, const Query& query) {
+    ParameterWriter writer(statement);
+    for (std::size_t i = 0; i < branch.parameters.size(); ++i) {
+        const auto [filter, argument] = branch.parameters[i];
+        writeValue(writer, i, query.filters[filter].arguments[argument]);
+    }
+}
+
+}  // namespace
+
+SQLiteRealm::SQLiteRealm(std::unique_ptr<Connection> connection, std::vector<ObjectSchema> schemas,
+                         std::function<void(const Error&)> onFailure)
+    : connection_(std::move(connection)), onFailure_(std::move(onFailure)) {
+    for (ObjectSchema& schema : schemas) {
+        tables_.push_back({.schema = schema,
+                           .insert = insertStatement(schema, false),
+                           .insertOrUpdate = insertStatement(schema, true),
+                           .remove = deleteStatement(schema),
+                           .removeAll = "DELETE FROM " + quotedName(schema.className)});
+    }
+}
+
+SQLiteRealm::~SQLiteRealm() = default;
+
+std::optional<Error> SQLiteRealm::write(const std::function<void()>& changes) {
+    auto failure = writeUnreported(changes);
+    if (failure) {
+        report(*failure);
+    }
+    return failure;
+}
+
+std::optional<Error> SQLiteRealm::writeUnreported(const std::function<void()>& changes) {
+    if (writing_ || readDepth_ > 0) {
+        return makeRealmError(RealmErrorCode::nested,
+                              connection_->file() + ": a write began inside another write or a read");
+    }
+    Transaction transaction(*connection_);
+    if (auto failure = transaction.begin()) {
+        return failure;
+    }
+    writing_ = true;
+    changes();
+    writing_ = false;
+    if (writeFailure_) {
+        return std::exchange(writeFailure_, std::nullopt);
+    }
+    return transaction.commit();
+}
+
+void SQLiteRealm::read(const std::function<void()>& reads) const {
+    const ReadScope scope(readDepth_);
+    if (writing_ || readDepth_ > 1) {
+        reads();
+        return;
+    }
+    // The transaction begins as a reader with its first query, and what it reads stays as it is until the end.
+    if (const auto failure = connection_->run("BEGIN")) {
+        report(*failure);
+    }
+    reads();
+    if (connection_->inTransaction()) {
+        if (const auto failure = connection_->run("COMMIT")) {
+            report(*failure);
+        }
+    }
+}
+
+void SQLiteRealm::deleteAll() {
+    if (!mayChange()) {
+        return;
+    }
+    for (const Table& table : tables_) {
+        change(table.removeAll, [](Statement&) { return true; });
+    }
+}
+
+bool SQLiteRealm::visitRows(const Query& query, const RowVisitor& visitor) const {
+    const ReadScope scope(readDepth_);
+    CompiledQuery ownRoom;
+    const CompiledQuery& plan = compiled(query, ownRoom);
+    for (const QueryBranch& branch : plan.branches) {
+        const StatementUse statement(*connection_, branch.select);
+        if (!statement) {
+            report(connection_->lastError());
+            return true;
+        }
+        bindArguments(*statement, branch, query);
+        const StatementRow row(*statement);
+        Step step = statement->step();
+        while (step == Step::row && visitor(row)) {
+            step = statement->step();
+        }
+        if (step == Step::failed) {
+            report(connection_->lastError());
+        }
+        if (step != Step::done) {
+            return plan.ordered;
+        }
+    }
+    return plan.ordered;
+}
+
+std::size_t SQLiteRealm::countRows(const Query& query) const {
+    CompiledQuery ownRoom;
+    std::size_t count = 0;
+    for (const QueryBranch& branch : compiled(query, ownRoom).branches) {
+        const StatementUse statement(*connection_, branch.count);
+        if (!statement) {
+            report(connection_->lastError());
+            return 0;
+        }
+        bindArguments(*statement, branch, query);
+        if (statement->step() != Step::row) {
+            report(connection_->lastError());
+            return 0;
+        }
+        count += static_cast<std::size_t>(statement->integer(0));
+    }
+    return count;
+}
+
+void SQLiteRealm::addRow(const ObjectSchema& schema, const std::function<void(RowWriter&)>& fill, bool update) {
+    const Table& table = tableOf(schema);
+    if (!mayChange()) {
+        return;
+    }
+    change(update ? table.insertOrUpdate : table.insert, [&](Statement& statement) {
+        ParameterWriter writer(statement);
+        fill(writer);
+        return writer.allDatesFinite();
+    });
+}
+
+void SQLiteRealm::setValues(const ObjectSchema& schema, std::string_view primaryKey,
+                            std::span<const Assignment> assignments) {
+    std::string columns;
+    for (const Assignment& assignment : assignments) {
+        static_cast<void>(schema.checkedIndexOf(assignment.property, typeOf(assignment.value)));
+        columns += (columns.empty() ? "" : ", ") + quotedName(assignment.property) + " = ?";
+    }
+    if (!mayChange() || columns.empty()) {
+        return;
+    }
+    const std::string sql = "UPDATE " + quotedName(schema.className) + " SET " + columns + " WHERE " +
+                            quotedName(schema.primaryKey) + " = ?";
+    change(sql, [&](Statement& statement) {
+        ParameterWriter writer(statement);
+        for (std::size_t i = 0; i < assignments.size(); ++i) {
+            writeValue(writer, i, assignments[i].value);
+        }
+        writer.text(assignments.size(), primaryKey);
+        return writer.allDatesFinite();
+    });
+}
+
+void SQLiteRealm::deleteRow(const ObjectSchema& schema, std::string_view primaryKey) {
+    const Table& table = tableOf(schema);
+    if (!mayChange()) {
+        return;
+    }
+    change(table.remove, [&](Statement& statement) {
+        statement.bind(1, primaryKey);
+        return true;
+    });
+}
+
+const SQLiteRealm::Table& SQLiteRealm::tableOf(const ObjectSchema& schema) const {
+    const auto found = std::find_if(tables_.begin(), tables_.end(),
+                                    [&](const Table& table) { return table.schema.className == schema.className; });
+    if (found == tables_.end()) {
+        fatalError("the database keeps no class \"" + schema.className + "\"");
+    }
+    return *found;
+}
+
+const CompiledQuery& SQLiteRealm::compiled(const Query& query, CompiledQuery& ownRoom) const {
+    std::string key = compilationKey(query);
+    const auto found = compiledQueries_.find(key);
+    if (found != compiledQueries_.end()) {
+        for (std::size_t i = 0; i < query.filters.size(); ++i) {
+            found->second.predicates[i].checkArguments(query.filters[i].arguments);
+        }
+        return found->second;
+    }
+    static_cast<void>(tableOf(*query.schema));
+    ownRoom = compile(query);
+    if (compiledQueries_.size() >= mostCompiledQueries) {
+        return ownRoom;
+    }
+    return compiledQueries_.emplace(std::move(key), std::move(ownRoom)).first->second;
+}
+
+bool SQLiteRealm::mayChange() const {
+    if (!writing_) {
+        fatalError("a database was changed outside Realm::write");
+    }
+    if (readDepth_ > 0) {
+        fatalError("a database was changed while it was being read");
+    }
+    return !writeFailure_;
+}
+
+void SQLiteRealm::change(const std::string& sql, const std::function<bool(Statement&)>& bind) {
+    if (writeFailure_) {
+        return;
+    }
+    const StatementUse statement(*connection_, sql);
+    if (!statement) {
+        writeFailure_ = connection_->lastError();
+    } else if (!bind(*statement)) {
+        // SQLite would keep NaN as NULL and an infinity as it is; neither is a moment.
+        writeFailure_ = makeRealmError(RealmErrorCode::invalidValue,
+                                       connection_->file() + ": the date is not finite; nothing was changed");
+    } else if (statement->step() == Step::failed) {
+        writeFailure_ = connection_->lastError();
+    }
+}
+
+void SQLiteRealm::report(const Error& error) const {
+    if (onFailure_) {
+        onFailure_(error);
+    }
+}
+
+}  // namespace quendokit::sqlite
