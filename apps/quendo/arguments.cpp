@@ -1,0 +1,109 @@
+#include "apps/quendo/arguments.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <utility>
+
+#include "apps/quendo/printable.hpp"
+
+namespace quendo {
+namespace {
+
+constexpr const char* whenForms =
+    "2026-11-21, \"2026-11-21 18:00\", 18:00, +20m, +1h30m, +2d or @SECONDS since 1970; a moment still to come";
+
+/// The commands and where their words go. Lives as long as the parser that writes into it.
+struct Commands {
+    AddArguments add;
+    ListArguments list;
+    ShowArguments show;
+    DeleteArguments delete_;
+
+    CLI::App* addCommand = nullptr;
+    CLI::App* listCommand = nullptr;
+    CLI::App* showCommand = nullptr;
+    CLI::App* deleteCommand = nullptr;
+    CLI::App* versionCommand = nullptr;
+    CLI::App* doctorCommand = nullptr;
+};
+
+void describe(CLI::App& app, Commands& commands) {
+    commands.addCommand = app.add_subcommand("add", "store a reminder");
+    commands.addCommand->add_option("TITLE", commands.add.title, "what to be reminded of")->required();
+    auto* condition = commands.addCommand->add_option_group("condition");
+    condition->add_option("--at", commands.add.at, whenForms)->type_name("WHEN");
+    condition->add_option("--preset", commands.add.preset, "a named time (not in this version)")->type_name("PRESET");
+    condition->add_flag("--mac", commands.add.mac, "at the next arrival at the Mac");
+    condition->require_option(0, 1);
+
+    commands.listCommand = app.add_subcommand("list", "list the reminders");
+    commands.listCommand->add_flag("--mac", commands.list.mac, "those that wait at the Mac");
+    commands.listCommand->add_flag("--upcoming", commands.list.upcoming, "those to come");
+    commands.listCommand->add_flag("--passed", commands.list.passed, "those passed or seen");
+    commands.listCommand->add_flag("--deleted", commands.list.deleted, "also those whose deletion is not sent yet");
+    commands.listCommand->add_option("--limit", commands.list.limit, "at most so many")->type_name("N");
+
+    commands.showCommand = app.add_subcommand("show", "show one reminder");
+    commands.showCommand->add_option("ID", commands.show.id, "its identifier, or how it begins")->required();
+
+    commands.deleteCommand = app.add_subcommand("delete", "delete reminders");
+    commands.deleteCommand->add_option("ID", commands.delete_.ids, "their identifiers, or how they begin")->required();
+
+    commands.versionCommand = app.add_subcommand("version", "say which version this is");
+    commands.doctorCommand = app.add_subcommand("doctor", "check files, permissions, schema and time zone");
+}
+
+/// CLI11's words as one line of ours.
+Failure usageFailure(const CLI::ParseError& error, const std::vector<std::string>& arguments) {
+    std::string what = error.what();
+    if (arguments.empty()) {
+        what = "no command given";
+    } else if (error.get_name() == "RequiredError" && what.find("subcommand") != std::string::npos) {
+        const auto word = std::find_if(arguments.begin(), arguments.end(),
+                                       [](const std::string& each) { return !each.starts_with('-'); });
+        what = word == arguments.end() ? "no command given" : "there is no command \"" + *word + "\"";
+    }
+    return {ExitCode::usage, printable(what.substr(0, 200)) + "; see quendo --help"};
+}
+
+}  // namespace
+
+std::variant<Arguments, Help, Failure> parseArguments(std::vector<std::string> arguments) {
+    Arguments parsed;
+    Commands commands;
+    CLI::App app("Reminders at a terminal.", "quendo");
+    app.add_option("--home", parsed.home, "keep everything in this folder")->type_name("DIR");
+    app.add_flag("--json", parsed.json, "answer with one JSON document");
+    app.add_flag("--quiet", parsed.quiet, "print errors only");
+    app.require_subcommand(1);
+    app.fallthrough();
+    describe(app, commands);
+    const std::vector<std::string> words = arguments;
+    // CLI11 takes the words from the back.
+    std::reverse(arguments.begin(), arguments.end());
+    try {
+        app.parse(std::move(arguments));
+    } catch (const CLI::CallForHelp&) {
+        const auto chosen = app.get_subcommands();
+        return Help{chosen.empty() ? app.help() : chosen.front()->help()};
+    } catch (const CLI::ParseError& error) {
+        return usageFailure(error, words);
+    }
+    if (commands.addCommand->parsed()) {
+        parsed.command = std::move(commands.add);
+    } else if (commands.listCommand->parsed()) {
+        parsed.command = commands.list;
+    } else if (commands.showCommand->parsed()) {
+        parsed.command = std::move(commands.show);
+    } else if (commands.deleteCommand->parsed()) {
+        parsed.command = std::move(commands.delete_);
+    } else if (commands.versionCommand->parsed()) {
+        parsed.command = VersionArguments();
+    } else {
+        parsed.command = DoctorArguments();
+    }
+    return parsed;
+}
+
+}  // namespace quendo

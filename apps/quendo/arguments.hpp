@@ -1,0 +1,60 @@
+#pragma once
+/// \file
+/// The command line as values.
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "apps/quendo/failure.hpp"
+
+namespace quendo {
+
+struct AddArguments {
+    std::string title;
+    /// The text of WHEN.
+    std::optional<std::string> at;
+    std::optional<std::string> preset;
+    bool mac = false;
+};
+
+/// No list chosen means all three.
+struct ListArguments {
+    bool mac = false;
+    bool upcoming = false;
+    bool passed = false;
+    bool deleted = false;
+    /// Absent for no limit.
+    std::optional<std::size_t> limit;
+};
+
+struct ShowArguments {
+    std::string id;
+};
+
+struct DeleteArguments {
+    std::vector<std::string> ids;
+};
+
+struct VersionArguments {};
+struct DoctorArguments {};
+
+struct Arguments {
+    /// The folder for everything; absent for the environment's.
+    std::optional<std::string> home;
+    bool json = false;
+    bool quiet = false;
+    std::variant<AddArguments, ListArguments, ShowArguments, DeleteArguments, VersionArguments, DoctorArguments> command;
+};
+
+/// The text that `--help` asks for.
+struct Help {
+    std::string text;
+};
+
+/// Reads the arguments after the program's name.
+[[nodiscard]] std::variant<Arguments, Help, Failure> parseArguments(std::vector<std::string> arguments);
+
+}  // namespace quendo

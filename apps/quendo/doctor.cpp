@@ -1,0 +1,101 @@
+#include "apps/quendo/doctor.hpp"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <optional>
+
+#include "adapters/cctz/local_time_zone.hpp"
+#include "adapters/sqlite/sqlite_realm_provider.hpp"
+#include "apps/quendo/lock_file.hpp"
+#include "quendokit/store/quendokit_config.hpp"
+
+namespace quendo {
+namespace {
+
+constexpr mode_t otherUsers = 0077;
+
+/// What is wrong with who may use a file or folder; absent when nothing is, or when it does not exist.
+std::optional<std::string> flawOf(const std::filesystem::path& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0) {
+        return std::nullopt;
+    }
+    const std::string name = path.string();
+    if (S_ISLNK(status.st_mode)) {
+        return std::nullopt;
+    }
+    if (status.st_uid != geteuid()) {
+        return name + " belongs to another user; make it yours: sudo chown " + std::to_string(geteuid()) + " '" + name + "'";
+    }
+    if ((status.st_mode & otherUsers) != 0) {
+        return name + " is open to other users; close it: chmod go= '" + name + "'";
+    }
+    const bool folder = S_ISDIR(status.st_mode);
+    if (euidaccess(path.c_str(), folder ? (R_OK | W_OK | X_OK) : (R_OK | W_OK)) != 0) {
+        return name + " cannot be written; allow it: chmod u+rw" + (folder ? "x" : "") + " '" + name + "'";
+    }
+    return std::nullopt;
+}
+
+Finding accessFinding(const std::string& check, const std::vector<std::filesystem::path>& paths) {
+    for (const auto& path : paths) {
+        if (auto flaw = flawOf(path)) {
+            return {check, false, *std::move(flaw)};
+        }
+    }
+    return {check, true, paths.front().string()};
+}
+
+Finding lockFinding(const Folders& folders) {
+    const bool held = LockFile::isHeld(folders.lock());
+    return {"lock", true, held ? "another quendo is at work" : "free"};
+}
+
+Finding databaseFinding(const Folders& folders, ExitCode& code) {
+    quendokit::SQLiteRealmOptions options;
+    options.defaultFile = folders.database();
+    const auto configuration = quendokit::QuendoKitConfig();
+    auto version = quendokit::SQLiteRealmProvider(std::move(options)).examine(configuration);
+    if (!version) {
+        const Failure failure = failureOf(version.error());
+        code = failure.code == ExitCode::damaged ? ExitCode::damaged : ExitCode::notDone;
+        return {"database", false, failure.line};
+    }
+    if (!version.value()) {
+        return {"database", true, "no reminders are stored yet"};
+    }
+    std::string detail = "sound, schema " + std::to_string(*version.value());
+    if (*version.value() < configuration.schemaVersion) {
+        detail += "; the next command brings it to schema " + std::to_string(configuration.schemaVersion);
+    }
+    return {"database", true, detail};
+}
+
+Finding zoneFinding() {
+    const char* named = std::getenv("TZ");
+    const auto zone = quendokit::LocalTimeZone::current();
+    return {"time zone", true, zone->name() + (named != nullptr ? " (from TZ)" : "")};
+}
+
+}  // namespace
+
+Diagnosis examine(const Folders& folders) {
+    const auto database = folders.database();
+    Diagnosis diagnosis{{}, ExitCode::done};
+    diagnosis.findings.push_back(accessFinding("folders", {folders.data, folders.config, folders.state}));
+    diagnosis.findings.push_back(accessFinding("files", {database, database.string() + "-wal", database.string() + "-shm",
+                                                         folders.lock(), folders.log()}));
+    diagnosis.findings.push_back(lockFinding(folders));
+    diagnosis.findings.push_back(databaseFinding(folders, diagnosis.code));
+    diagnosis.findings.push_back(zoneFinding());
+    for (const Finding& finding : diagnosis.findings) {
+        if (!finding.ok && diagnosis.code == ExitCode::done) {
+            diagnosis.code = ExitCode::notDone;
+        }
+    }
+    return diagnosis;
+}
+
+}  // namespace quendo

@@ -1,0 +1,30 @@
+#pragma once
+/// \file
+/// Where the program keeps its files.
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "apps/quendo/failure.hpp"
+
+namespace quendo {
+
+/// The folders of one person's reminders; all the same one when a home was named.
+struct Folders {
+    std::filesystem::path data;
+    std::filesystem::path config;
+    std::filesystem::path state;
+
+    [[nodiscard]] std::filesystem::path database() const { return data / "reminders.sqlite"; }
+    [[nodiscard]] std::filesystem::path lock() const { return state / "quendo.lock"; }
+    [[nodiscard]] std::filesystem::path log() const { return state / "quendo.log"; }
+};
+
+/// The folder `home`, else the one in QUENDO_HOME, else "quendo" in the XDG folders of the environment. Makes nothing.
+[[nodiscard]] Outcome<Folders> findFolders(const std::optional<std::string>& home);
+
+/// Makes a folder and those above it (0700) when there are none.
+[[nodiscard]] std::optional<Failure> makeFolder(const std::filesystem::path& folder);
+
+}  // namespace quendo

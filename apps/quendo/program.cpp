@@ -1,0 +1,189 @@
+#include "apps/quendo/program.hpp"
+
+#include <cstdio>
+#include <optional>
+#include <utility>
+
+#include "adapters/cctz/local_time_zone.hpp"
+#include "adapters/event_loop/system_clock.hpp"
+#include "apps/quendo/arguments.hpp"
+#include "apps/quendo/doctor.hpp"
+#include "apps/quendo/printable.hpp"
+#include "apps/quendo/render_json.hpp"
+#include "apps/quendo/render_text.hpp"
+#include "apps/quendo/session.hpp"
+#include "apps/quendo/standard_output.hpp"
+#include "apps/quendo/when.hpp"
+
+namespace quendo {
+namespace {
+
+using quendokit::Date;
+using quendokit::LocalTimeKind;
+using quendokit::LocalTimeZone;
+using quendokit::ReminderCondition;
+using quendokit::ReminderList;
+
+void warn(const std::string& line) { std::fprintf(stderr, "quendo: %s\n", line.c_str()); }
+
+/// What a command prints, and the exit code that goes with it.
+struct Answer {
+    std::string text;
+    ExitCode code = ExitCode::done;
+};
+
+std::optional<Failure> refuseTitle(const std::string& title) {
+    if (title.find_first_not_of(" \t\r\n") == std::string::npos) {
+        return Failure{ExitCode::usage, "the title is empty; say what to be reminded of"};
+    }
+    if (!isPlainText(title)) {
+        return Failure{ExitCode::usage, "the title is not UTF-8 text; check the terminal's encoding"};
+    }
+    return std::nullopt;
+}
+
+/// The moment that WHEN means, if a reminder can be for it.
+Outcome<Date> momentOf(const std::string& text, const LocalTimeZone& zone) {
+    const Date now = quendokit::SystemClock().now();
+    auto when = parseWhen(text, now, zone);
+    if (!when) {
+        return Failure{ExitCode::usage, when.error().description};
+    }
+    const Date date = when.value().date;
+    if (date <= now || date <= quendokit::ReminderDefaults::NoDate) {
+        return Failure{ExitCode::usage, "\"" + printable(text) + "\" is not to come: it was " + dateText(date, zone) +
+                                            "; give a moment after now"};
+    }
+    if (when.value().kind == LocalTimeKind::skipped) {
+        warn("the clocks skip \"" + printable(text) + "\"; taken is the first moment after it, " + dateText(date, zone));
+    }
+    return date;
+}
+
+/// One command after the other, each with the folders and the zone that all share.
+class Program {
+public:
+    Program(Folders folders, bool json) : folders_(std::move(folders)), json_(json) {}
+
+    Outcome<Answer> operator()(const AddArguments& arguments) {
+        if (auto failure = refuseTitle(arguments.title)) {
+            return *std::move(failure);
+        }
+        if (arguments.preset || (!arguments.at && !arguments.mac)) {
+            return Failure{ExitCode::usage, "presets are not in this version; give --at WHEN or --mac"};
+        }
+        auto condition = ReminderCondition::device(quendokit::DeviceType::mac);
+        if (arguments.at) {
+            auto moment = momentOf(*arguments.at, *zone_);
+            if (!moment) {
+                return moment.failure();
+            }
+            condition = ReminderCondition::dateTime(moment.value());
+        }
+        return withSession([&](Session& session) -> Outcome<Answer> {
+            auto view = session.add(arguments.title, condition);
+            if (!view) {
+                return view.failure();
+            }
+            return Answer{json_ ? json::reminder(view.value(), *zone_) : plain::stored(view.value(), *zone_)};
+        });
+    }
+
+    Outcome<Answer> operator()(const ListArguments& arguments) {
+        ListRequest request{{}, arguments.deleted, arguments.limit};
+        const bool all = !arguments.mac && !arguments.upcoming && !arguments.passed;
+        for (const auto& [chosen, list] : {std::pair(arguments.mac, ReminderList::mac),
+                                           std::pair(arguments.upcoming, ReminderList::upcoming),
+                                           std::pair(arguments.passed, ReminderList::remaining)}) {
+            if (chosen || all) {
+                request.lists.push_back(list);
+            }
+        }
+        return withSession([&](Session& session) -> Outcome<Answer> {
+            auto views = session.list(request);
+            if (!views) {
+                return views.failure();
+            }
+            return Answer{json_ ? json::reminders(views.value(), *zone_) : plain::reminders(views.value(), *zone_)};
+        });
+    }
+
+    Outcome<Answer> operator()(const ShowArguments& arguments) {
+        return withSession([&](Session& session) -> Outcome<Answer> {
+            auto view = session.show(arguments.id);
+            if (!view) {
+                return view.failure();
+            }
+            return Answer{json_ ? json::reminder(view.value(), *zone_) : plain::reminder(view.value(), *zone_)};
+        });
+    }
+
+    Outcome<Answer> operator()(const DeleteArguments& arguments) {
+        return withSession([&](Session& session) -> Outcome<Answer> {
+            auto views = session.delete_(arguments.ids);
+            if (!views) {
+                return views.failure();
+            }
+            return Answer{json_ ? json::identifiers(views.value()) : plain::deleted(views.value())};
+        });
+    }
+
+    Outcome<Answer> operator()(const VersionArguments&) { return Answer{json_ ? json::version() : plain::version()}; }
+
+    Outcome<Answer> operator()(const DoctorArguments&) {
+        const Diagnosis diagnosis = examine(folders_);
+        return Answer{json_ ? json::findings(diagnosis.findings) : plain::findings(diagnosis.findings), diagnosis.code};
+    }
+
+private:
+    template <typename Work>
+    Outcome<Answer> withSession(Work work) {
+        auto session = Session::open(folders_);
+        if (!session) {
+            return session.failure();
+        }
+        return work(*session.value());
+    }
+
+    const Folders folders_;
+    const bool json_;
+    const std::shared_ptr<const LocalTimeZone> zone_ = LocalTimeZone::current();
+};
+
+int fail(const Failure& failure) {
+    warn(printable(failure.line));
+    return static_cast<int>(failure.code);
+}
+
+int answer(const Answer& result) {
+    if (auto failure = writeStandardOutput(result.text + "\n")) {
+        return fail(*failure);
+    }
+    return static_cast<int>(result.code);
+}
+
+}  // namespace
+
+int run(std::vector<std::string> arguments) {
+    const auto parsed = parseArguments(std::move(arguments));
+    if (const auto* failure = std::get_if<Failure>(&parsed)) {
+        return fail(*failure);
+    }
+    if (const auto* help = std::get_if<Help>(&parsed)) {
+        const std::string& text = help->text;
+        return answer({text.substr(0, text.find_last_not_of('\n') + 1)});
+    }
+    const auto& known = std::get<Arguments>(parsed);
+    const bool needsFolders = !std::holds_alternative<VersionArguments>(known.command);
+    auto folders = needsFolders ? findFolders(known.home) : Folders();
+    if (!folders) {
+        return fail(folders.failure());
+    }
+    auto result = std::visit(Program(std::move(folders).value(), known.json), known.command);
+    if (!result) {
+        return fail(result.failure());
+    }
+    return known.quiet ? static_cast<int>(result.value().code) : answer(result.value());
+}
+
+}  // namespace quendo
