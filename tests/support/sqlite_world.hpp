@@ -12,9 +12,11 @@
 
 #include "adapters/sqlite/open_internal.hpp"
 #include "adapters/sqlite/sqlite_realm_provider.hpp"
+#include "quendokit/platform/results.hpp"
 #include "quendokit/platform/services.hpp"
 #include "quendokit/store/quendokit_config.hpp"
 #include "quendokit/store/reminder_controller.hpp"
+#include "quendokit/store/reminder_item.hpp"
 #include "testing/manual_clock.hpp"
 #include "testing/recording_line_sink.hpp"
 #include "testing/recording_scheduler.hpp"
