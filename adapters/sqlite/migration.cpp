@@ -277,26 +277,27 @@ std::optional<Error> copyInto(const std::filesystem::path& file, const std::file
 
 }  // namespace
 
-std::optional<Error> backUp(const std::filesystem::path& file, std::int64_t version, const std::string& fileSystem) {
+Result<std::filesystem::path> backUp(const std::filesystem::path& file, std::int64_t version, const std::string& fileSystem) {
     const std::string suffix = ".v" + std::to_string(version) + "-backup";
     // A copy that is not whole yet has another name, so that nobody takes it for one that is.
     const std::filesystem::path part = file.string() + suffix + ".part";
     std::error_code ignored;
     std::filesystem::remove(part, ignored);
     if (auto failure = createFile(part)) {
-        return failure;
+        return *std::move(failure);
     }
     if (auto failure = copyInto(file, part, fileSystem)) {
         std::filesystem::remove(part, ignored);
-        return failure;
+        return *std::move(failure);
     }
+    const std::filesystem::path copy = freeName(file, suffix);
     std::error_code renamed;
-    std::filesystem::rename(part, freeName(file, suffix), renamed);
+    std::filesystem::rename(part, copy, renamed);
     if (renamed) {
         return systemError(renamed.value(), part.string());
     }
     syncFolder(file.parent_path());
-    return std::nullopt;
+    return copy;
 }
 
 std::optional<Error> rebuildTables(Connection& connection, const RealmConfiguration& configuration,

@@ -14,7 +14,7 @@ namespace quendokit::sqlite {
 /// Copies the database, with all that is committed, to a file of its own beside it: "NAME.v2-backup". It reads through
 /// a connection of its own, so that the caller can keep others from writing meanwhile. `fileSystem` is SQLite's, empty
 /// for the default.
-[[nodiscard]] std::optional<Error> backUp(const std::filesystem::path& file, std::int64_t version,
+[[nodiscard]] Result<std::filesystem::path> backUp(const std::filesystem::path& file, std::int64_t version,
                                           const std::string& fileSystem);
 
 /// Rebuilds the tables in the shape of the configuration's schemas and runs its migration block; for use inside a

@@ -140,8 +140,23 @@ std::string setVersion(const RealmConfiguration& configuration) {
            "; PRAGMA user_version = " + std::to_string(configuration.schemaVersion);
 }
 
-/// Makes the tables of a new file, or rebuilds those of an older version, and says which version it is now; all in one
-/// transaction.
+std::optional<Error> makeTables(Connection& connection, const RealmConfiguration& configuration) {
+    for (const ObjectSchema& schema : configuration.objectSchemas) {
+        if (auto failure = connection.execute(createTable(schema))) {
+            return failure;
+        }
+    }
+    return connection.execute(setVersion(configuration));
+}
+
+std::optional<Error> migrate(Connection& connection, const RealmConfiguration& configuration, std::int64_t oldVersion) {
+    if (auto failure = rebuildTables(connection, configuration, static_cast<std::uint64_t>(oldVersion))) {
+        return failure;
+    }
+    return connection.execute(setVersion(configuration));
+}
+
+/// Makes the tables of a new file, or copies one of an older version and migrates it; all in one transaction.
 std::optional<Error> bringUpToDate(Connection& connection, const RealmConfiguration& configuration,
                                    const std::filesystem::path& file, const SQLiteRealmOptions& options) {
     Transaction transaction(connection);
@@ -153,25 +168,30 @@ std::optional<Error> bringUpToDate(Connection& connection, const RealmConfigurat
     if (!state) {
         return state.error();
     }
+    const std::int64_t version = state.value().version;
     if (state.value().isNew) {
-        for (const ObjectSchema& schema : configuration.objectSchemas) {
-            if (auto failure = connection.execute(createTable(schema))) {
-                return failure;
-            }
-        }
-    } else if (state.value().version < static_cast<std::int64_t>(configuration.schemaVersion)) {
-        if (auto failure = backUp(file, state.value().version, options.fileSystem)) {
+        if (auto failure = makeTables(connection, configuration)) {
             return failure;
         }
-        if (auto failure =
-                rebuildTables(connection, configuration, static_cast<std::uint64_t>(state.value().version))) {
-            return failure;
-        }
+        return transaction.commit();
     }
-    if (auto failure = connection.execute(setVersion(configuration))) {
-        return failure;
+    if (version == static_cast<std::int64_t>(configuration.schemaVersion)) {
+        return std::nullopt;
     }
-    return transaction.commit();
+    auto copy = backUp(file, version, options.fileSystem);
+    if (!copy) {
+        return copy.error();
+    }
+    auto failure = migrate(connection, configuration, version);
+    if (!failure) {
+        failure = transaction.commit();
+    }
+    if (failure) {
+        // The file is as it was, and each further try would leave one more copy of it.
+        std::error_code ignored;
+        std::filesystem::remove(copy.value(), ignored);
+    }
+    return failure;
 }
 
 /// The indices that the file has and those it should have, each by name and text.
