@@ -4,6 +4,7 @@
 #include <string>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "adapters/cctz/local_time_zone.hpp"
 #include "tests/adapters/cctz/scoped_environment.hpp"
@@ -153,6 +154,11 @@ TEST_F(ZoneFile, WhatHoldsNoZoneMakesNone) {
     EXPECT_EQ(nameOfFile(), "none");
     fs::remove(file);
     fs::create_directory(file);
+    EXPECT_EQ(nameOfFile(), "none");
+}
+
+TEST_F(ZoneFile, APipeIsNotWaitedFor) {
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
     EXPECT_EQ(nameOfFile(), "none");
 }
 
