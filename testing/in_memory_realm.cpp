@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 #include <utility>
 
 #include "quendokit/platform/fatal_error.hpp"
@@ -255,10 +256,11 @@ std::vector<const ValueRow*> InMemoryRealm::find(const Query& query) const {
         }
     }
     if (query.order) {
-        // The rows come in the order of their keys, which a stable sort keeps among equal ones.
         const std::size_t property = query.schema->checkedIndexOf(query.order->property);
-        std::stable_sort(rows.begin(), rows.end(), [&](const ValueRow* left, const ValueRow* right) {
-            return left->value(property) < right->value(property);
+        const std::size_t key = query.schema->primaryKeyIndex();
+        std::sort(rows.begin(), rows.end(), [&](const ValueRow* left, const ValueRow* right) {
+            return std::tie(left->value(property), left->value(key)) <
+                   std::tie(right->value(property), right->value(key));
         });
         if (!query.order->ascending) {
             std::reverse(rows.begin(), rows.end());

@@ -11,29 +11,15 @@
 
 #include "quendokit/platform/export.hpp"
 #include "quendokit/platform/realm.hpp"
+#include "testing/fail_at.hpp"
+#include "testing/old_objects.hpp"
 
 namespace quendokit::testing {
-
-/// What a file of an older schema version holds, to be migrated when it is opened.
-struct OldObjects {
-    std::uint64_t schemaVersion = 0;
-    std::string className;
-    /// One map from property names to values an object.
-    std::vector<std::map<std::string, Value>> objects;
-};
 
 /// Keeps objects in maps by primary key. Answers as every `Realm` does, at the cost of reading all objects a query and
 /// copying them a write. One thread.
 class QUENDOKIT_EXPORT InMemoryRealm final : public Realm {
 public:
-    /// Where an injected failure strikes.
-    enum class FailAt {
-        /// The transaction cannot begin: its changes do not run.
-        begin,
-        /// The changes run and are lost.
-        commit,
-    };
-
     /// An empty database, or one that holds `old` after its migration. Fatal if `old` is of the configuration's version
     /// or newer, or of an unknown class.
     [[nodiscard]] static std::shared_ptr<InMemoryRealm> create(const Configuration& configuration,
