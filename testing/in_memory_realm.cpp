@@ -35,7 +35,8 @@ public:
         return index ? std::optional(row_.value(*index)) : std::nullopt;
     }
     void set(std::string_view property, Value value) override {
-        row_.setValue(schema_.checkedIndexOf(property, typeOf(value)), std::move(value));
+        const std::size_t index = schema_.checkedIndexOf(property, typeOf(value));
+        row_.setValue(index, std::move(value));
     }
 
 private:
