@@ -145,6 +145,18 @@ Result<std::string> Connection::text(std::string_view sql) {
     return std::string(statement->text(0));
 }
 
+Result<bool> Connection::hasTable(std::string_view name) {
+    const auto statement = prepare("SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name = ?1", false);
+    if (!statement) {
+        return lastError();
+    }
+    statement->bind(1, name);
+    if (statement->step() != Step::row) {
+        return lastError();
+    }
+    return statement->integer(0) == 1;
+}
+
 bool Connection::inTransaction() const {
     return sqlite3_get_autocommit(database_) == 0;
 }

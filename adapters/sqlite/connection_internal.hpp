@@ -92,6 +92,8 @@ public:
     [[nodiscard]] Result<std::int64_t> integer(std::string_view sql);
     [[nodiscard]] Result<std::string> text(std::string_view sql);
 
+    [[nodiscard]] Result<bool> hasTable(std::string_view name);
+
     [[nodiscard]] bool inTransaction() const;
     /// The error of the call that failed last.
     [[nodiscard]] Error lastError() const;

@@ -117,7 +117,13 @@ public:
         if (schema == schemas_.end()) {
             fatalError("no class \"" + std::string(className) + "\" to migrate");
         }
-        if (!failure_) {
+        if (failure_) {
+            return;
+        }
+        auto wasThere = connection_.hasTable(oldTableOf(*schema));
+        if (!wasThere) {
+            failure_ = wasThere.error();
+        } else if (wasThere.value()) {
             enumerate(*schema, visitor);
         }
     }
@@ -203,6 +209,14 @@ std::vector<std::string> columnsOf(Connection& connection, const std::string& ta
 }
 
 std::optional<Error> rebuildTable(Connection& connection, const ObjectSchema& schema) {
+    auto wasThere = connection.hasTable(schema.className);
+    if (!wasThere) {
+        return wasThere.error();
+    }
+    if (!wasThere.value()) {
+        // A class that came with a later version.
+        return connection.execute(createTable(schema));
+    }
     const std::vector<std::string> oldColumns = columnsOf(connection, schema.className);
     std::string sources;
     std::vector<Value> defaults;
@@ -277,7 +291,8 @@ std::optional<Error> copyInto(const std::filesystem::path& file, const std::file
 
 }  // namespace
 
-Result<std::filesystem::path> backUp(const std::filesystem::path& file, std::int64_t version, const std::string& fileSystem) {
+Result<std::filesystem::path> backUp(const std::filesystem::path& file, std::int64_t version,
+                                     const std::string& fileSystem) {
     const std::string suffix = ".v" + std::to_string(version) + "-backup";
     // A copy that is not whole yet has another name, so that nobody takes it for one that is.
     const std::filesystem::path part = file.string() + suffix + ".part";
@@ -315,7 +330,7 @@ std::optional<Error> rebuildTables(Connection& connection, const RealmConfigurat
         }
     }
     for (const ObjectSchema& schema : configuration.objectSchemas) {
-        if (auto failure = connection.execute("DROP TABLE " + quotedName(oldTableOf(schema)))) {
+        if (auto failure = connection.execute("DROP TABLE IF EXISTS " + quotedName(oldTableOf(schema)))) {
             return failure;
         }
     }

@@ -15,7 +15,7 @@ namespace quendokit::sqlite {
 /// a connection of its own, so that the caller can keep others from writing meanwhile. `fileSystem` is SQLite's, empty
 /// for the default.
 [[nodiscard]] Result<std::filesystem::path> backUp(const std::filesystem::path& file, std::int64_t version,
-                                          const std::string& fileSystem);
+                                                   const std::string& fileSystem);
 
 /// Rebuilds the tables in the shape of the configuration's schemas and runs its migration block; for use inside a
 /// transaction, which the caller commits. Old columns of the same name keep their values, others are dropped.

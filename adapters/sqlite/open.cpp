@@ -22,6 +22,8 @@ struct FileState {
 };
 
 Result<std::unique_ptr<Connection>> connect(const std::filesystem::path& file, const SQLiteRealmOptions& options) {
+    std::error_code unknown;
+    const bool hasLog = std::filesystem::exists(file.string() + "-wal", unknown);
     sqlite3* handle = nullptr;
     const int opened = sqlite3_open_v2(file.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX,
                                        options.fileSystem.empty() ? nullptr : options.fileSystem.c_str());
@@ -33,25 +35,12 @@ Result<std::unique_ptr<Connection>> connect(const std::filesystem::path& file, c
     sqlite3_busy_timeout(handle, static_cast<int>(options.busyTimeout.count()));
     sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    // Until the file is known to be ours, closing it must leave it as it is.
-    sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    // Until the file is known to be ours, closing it must leave it as it is, and a log that it came with too.
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, hasLog ? 1 : 0, nullptr);
     if (auto failure = connection->execute("PRAGMA cell_size_check = ON; PRAGMA synchronous = FULL")) {
         return *std::move(failure);
     }
     return connection;
-}
-
-Result<bool> hasTable(Connection& connection, const std::string& table) {
-    const auto statement =
-        connection.prepare("SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name = ?1", false);
-    if (!statement) {
-        return connection.lastError();
-    }
-    statement->bind(1, std::string_view(table));
-    if (statement->step() != Step::row) {
-        return connection.lastError();
-    }
-    return statement->integer(0) == 1;
 }
 
 Result<FileState> inspect(Connection& connection, const RealmConfiguration& configuration) {
@@ -70,21 +59,27 @@ Result<FileState> inspect(Connection& connection, const RealmConfiguration& conf
                                   std::to_string(configuration.schemaVersion) + "); update this program");
     }
     FileState state{.version = version.value(), .isNew = false};
-    bool hasAny = false;
+    const bool isCurrent = state.version == static_cast<std::int64_t>(configuration.schemaVersion);
+    std::size_t missingCount = 0;
+    std::string missing;
     for (const ObjectSchema& schema : configuration.objectSchemas) {
-        auto present = hasTable(connection, schema.className);
+        auto present = connection.hasTable(schema.className);
         if (!present) {
             return present.error();
         }
-        if (!present.value() && (state.version != 0 || hasAny)) {
-            return damagedError(connection.file(), "table " + schema.className + " is missing");
+        if (!present.value()) {
+            ++missingCount;
+            missing = schema.className;
         }
-        hasAny = hasAny || present.value();
     }
-    state.isNew = state.version == 0 && !hasAny;
+    const bool hasNone = missingCount == configuration.objectSchemas.size();
+    state.isNew = state.version == 0 && hasNone;
+    // An older version may lack a class that came later, but not all of them.
+    if (!state.isNew && (hasNone || (isCurrent && missingCount > 0))) {
+        return damagedError(connection.file(), "table " + missing + " is missing");
+    }
     // Older schema versions were written before files carried a kind.
-    const bool mayLackKind = state.version < static_cast<std::int64_t>(configuration.schemaVersion);
-    if (state.version < 0 || (kind.value() != applicationId && !(kind.value() == 0 && mayLackKind))) {
+    if (state.version < 0 || (kind.value() != applicationId && !(kind.value() == 0 && !isCurrent))) {
         return damagedError(connection.file(), "it is another program's database");
     }
     return state;
@@ -194,8 +189,8 @@ std::optional<Error> bringUpToDate(Connection& connection, const RealmConfigurat
     return failure;
 }
 
-/// The indices that the file has and those it should have, each by name and text.
-std::optional<Error> adjustIndices(Connection& connection, const ObjectSchema& schema) {
+/// The statements that turn the indices of a class's table into those that its hints ask for; empty when they are.
+Result<std::string> indexChanges(Connection& connection, const ObjectSchema& schema) {
     const auto statement = connection.prepare(
         "SELECT name, sql FROM sqlite_schema WHERE type = 'index' AND tbl_name = ?1 AND sql IS NOT NULL", false);
     if (!statement) {
@@ -203,28 +198,47 @@ std::optional<Error> adjustIndices(Connection& connection, const ObjectSchema& s
     }
     statement->bind(1, std::string_view(schema.className));
     std::map<std::string, std::string> present;
-    while (statement->step() == Step::row) {
+    Step step = statement->step();
+    for (; step == Step::row; step = statement->step()) {
         present.emplace(statement->text(0), statement->text(1));
     }
-    statement->reset();
+    if (step == Step::failed) {
+        return connection.lastError();
+    }
     std::string create;
     for (const IndexSQL& index : createIndices(schema)) {
         const auto found = present.find(index.name);
         if (found != present.end() && found->second == index.create) {
             present.erase(found);
         } else {
-            create += "; " + index.create;
+            create += index.create + ";";
         }
     }
     std::string drop;
     for (const auto& [name, sql] : present) {
-        drop += "; DROP INDEX " + quotedName(name);
+        drop += "DROP INDEX " + quotedName(name) + ";";
     }
-    if (create.empty() && drop.empty()) {
+    return drop + create;
+}
+
+std::optional<Error> adjustIndices(Connection& connection, const ObjectSchema& schema) {
+    auto changes = indexChanges(connection, schema);
+    if (!changes) {
+        return changes.error();
+    }
+    if (changes.value().empty()) {
         return std::nullopt;
     }
     Transaction transaction(connection);
-    if (auto failure = connection.execute("BEGIN IMMEDIATE" + drop + create)) {
+    if (auto failure = transaction.begin()) {
+        return failure;
+    }
+    // Another process may have done the same since this one looked.
+    changes = indexChanges(connection, schema);
+    if (!changes) {
+        return changes.error();
+    }
+    if (auto failure = connection.execute(changes.value())) {
         return failure;
     }
     return transaction.commit();

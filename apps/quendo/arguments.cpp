@@ -1,11 +1,11 @@
 #include "apps/quendo/arguments.hpp"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <utility>
 
-#include "apps/quendo/printable.hpp"
+#include <CLI/CLI.hpp>
+
+#include "apps/quendo/escaped_text.hpp"
 
 namespace quendo {
 namespace {
@@ -64,7 +64,7 @@ Failure usageFailure(const CLI::ParseError& error, const std::vector<std::string
                                        [](const std::string& each) { return !each.starts_with('-'); });
         what = word == arguments.end() ? "no command given" : "there is no command \"" + *word + "\"";
     }
-    return {ExitCode::usage, printable(what.substr(0, 200)) + "; see quendo --help"};
+    return {ExitCode::usage, escapedText(what, 200) + "; see quendo --help"};
 }
 
 }  // namespace

@@ -46,7 +46,8 @@ struct Arguments {
     std::optional<std::string> home;
     bool json = false;
     bool quiet = false;
-    std::variant<AddArguments, ListArguments, ShowArguments, DeleteArguments, VersionArguments, DoctorArguments> command;
+    std::variant<AddArguments, ListArguments, ShowArguments, DeleteArguments, VersionArguments, DoctorArguments>
+        command;
 };
 
 /// The text that `--help` asks for.

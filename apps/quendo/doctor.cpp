@@ -1,10 +1,10 @@
 #include "apps/quendo/doctor.hpp"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cstdlib>
 #include <optional>
+#include <unistd.h>
+
+#include <sys/stat.h>
 
 #include "adapters/cctz/local_time_zone.hpp"
 #include "adapters/sqlite/sqlite_realm_provider.hpp"
@@ -18,7 +18,7 @@ constexpr mode_t otherUsers = 0077;
 
 /// What is wrong with who may use a file or folder; absent when nothing is, or when it does not exist.
 std::optional<std::string> flawOf(const std::filesystem::path& path) {
-    struct stat status {};
+    struct stat status{};
     if (lstat(path.c_str(), &status) != 0) {
         return std::nullopt;
     }
@@ -27,7 +27,8 @@ std::optional<std::string> flawOf(const std::filesystem::path& path) {
         return std::nullopt;
     }
     if (status.st_uid != geteuid()) {
-        return name + " belongs to another user; make it yours: sudo chown " + std::to_string(geteuid()) + " '" + name + "'";
+        return name + " belongs to another user; make it yours: sudo chown " + std::to_string(geteuid()) + " '" + name +
+               "'";
     }
     if ((status.st_mode & otherUsers) != 0) {
         return name + " is open to other users; close it: chmod go= '" + name + "'";
@@ -85,8 +86,8 @@ Diagnosis examine(const Folders& folders) {
     const auto database = folders.database();
     Diagnosis diagnosis{{}, ExitCode::done};
     diagnosis.findings.push_back(accessFinding("folders", {folders.data, folders.config, folders.state}));
-    diagnosis.findings.push_back(accessFinding("files", {database, database.string() + "-wal", database.string() + "-shm",
-                                                         folders.lock(), folders.log()}));
+    diagnosis.findings.push_back(accessFinding(
+        "files", {database, database.string() + "-wal", database.string() + "-shm", folders.lock(), folders.log()}));
     diagnosis.findings.push_back(lockFinding(folders));
     diagnosis.findings.push_back(databaseFinding(folders, diagnosis.code));
     diagnosis.findings.push_back(zoneFinding());

@@ -68,4 +68,15 @@ std::string escapedText(std::string_view text, std::size_t mostCharacters) {
     return escaped;
 }
 
+bool isPlainText(std::string_view text) {
+    while (!text.empty()) {
+        const CodePoint c = firstCodePoint(text);
+        if (c.length == 0 || c.value == 0) {
+            return false;
+        }
+        text.remove_prefix(c.length);
+    }
+    return true;
+}
+
 }  // namespace quendo

@@ -16,4 +16,7 @@ namespace quendo {
 [[nodiscard]] std::string escapedText(std::string_view text,
                                       std::size_t mostCharacters = std::numeric_limits<std::size_t>::max());
 
+/// Whether `text` is UTF-8 without NUL, as the cloud demands of titles. Any thread.
+[[nodiscard]] bool isPlainText(std::string_view text);
+
 }  // namespace quendo

@@ -1,10 +1,10 @@
 #include "apps/quendo/folders.hpp"
 
-#include <sys/stat.h>
-
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
+
+#include <sys/stat.h>
 
 namespace quendo {
 namespace {
@@ -38,7 +38,8 @@ Outcome<Folders> findFolders(const std::optional<std::string>& home) {
     const auto config = xdgFolder("XDG_CONFIG_HOME", ".config");
     const auto state = xdgFolder("XDG_STATE_HOME", ".local/state");
     if (!data || !config || !state) {
-        return Failure{ExitCode::usage, "there is no home folder to keep reminders in; set HOME, or name one with --home DIR"};
+        return Failure{ExitCode::usage,
+                       "there is no home folder to keep reminders in; set HOME, or name one with --home DIR"};
     }
     return Folders{*data, *config, *state};
 }
@@ -60,7 +61,8 @@ std::optional<Failure> makeFolder(const std::filesystem::path& folder) {
         return std::nullopt;
     }
     const std::string why = number == EEXIST ? "it is no folder" : std::generic_category().message(number);
-    return Failure{ExitCode::notDone, folder.string() + ": the folder cannot be made (" + why + "); name another one with --home DIR"};
+    return Failure{ExitCode::notDone,
+                   folder.string() + ": the folder cannot be made (" + why + "); name another one with --home DIR"};
 }
 
 }  // namespace quendo

@@ -4,12 +4,14 @@
 #include <cctype>
 #include <numeric>
 
-#include "apps/quendo/printable.hpp"
+#include "apps/quendo/escaped_text.hpp"
 
 namespace quendo {
 namespace {
 
-char upper(char c) { return static_cast<char>(std::toupper(static_cast<unsigned char>(c))); }
+char upper(char c) {
+    return static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+}
 
 bool beginsWith(std::string_view id, std::string_view prefix) {
     return id.size() >= prefix.size() &&
@@ -30,7 +32,7 @@ Outcome<ReminderView> findReminder(const std::vector<ReminderView>& reminders, s
     if (whole != reminders.end()) {
         return *whole;
     }
-    const std::string shown = '"' + printable(text.substr(0, 64)) + '"';
+    const std::string shown = '"' + escapedText(text, 64) + '"';
     if (text.size() < shortestPrefix) {
         return Failure{ExitCode::usage, shown + " is too short for an identifier; give at least " +
                                             std::to_string(shortestPrefix) + " characters"};
@@ -42,8 +44,8 @@ Outcome<ReminderView> findReminder(const std::vector<ReminderView>& reminders, s
     }
     const auto count = std::count_if(first, reminders.end(), fits);
     if (count > 1) {
-        return Failure{ExitCode::notDone,
-                       std::to_string(count) + " reminders have identifiers that begin with " + shown + "; give more of it"};
+        return Failure{ExitCode::notDone, std::to_string(count) + " reminders have identifiers that begin with " +
+                                              shown + "; give more of it"};
     }
     return *first;
 }

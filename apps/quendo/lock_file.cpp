@@ -1,14 +1,14 @@
 #include "apps/quendo/lock_file.hpp"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <cerrno>
+#include <fcntl.h>
 #include <string>
 #include <system_error>
 #include <thread>
+#include <unistd.h>
 #include <utility>
+
+#include <sys/file.h>
 
 namespace quendo {
 namespace {

@@ -1,11 +1,11 @@
 #include "apps/quendo/log_file.hpp"
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <string>
 #include <system_error>
+#include <unistd.h>
+
+#include <sys/stat.h>
 
 namespace quendo {
 namespace {
@@ -25,7 +25,7 @@ void LogFile::writeLine(std::string_view line) {
     text += '\n';
     // A log that cannot be written must not stop the work that it tells of.
     [[maybe_unused]] const ssize_t written = write(descriptor, text.data(), text.size());
-    struct stat status {};
+    struct stat status{};
     const bool full = fstat(descriptor, &status) == 0 && status.st_size >= mostBytes;
     close(descriptor);
     if (full) {

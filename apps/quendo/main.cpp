@@ -1,7 +1,7 @@
-#include <sys/stat.h>
-
 #include <string>
 #include <vector>
+
+#include <sys/stat.h>
 
 #include "apps/quendo/program.hpp"
 #include "apps/quendo/standard_output.hpp"

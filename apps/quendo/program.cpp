@@ -8,7 +8,7 @@
 #include "adapters/event_loop/system_clock.hpp"
 #include "apps/quendo/arguments.hpp"
 #include "apps/quendo/doctor.hpp"
-#include "apps/quendo/printable.hpp"
+#include "apps/quendo/escaped_text.hpp"
 #include "apps/quendo/render_json.hpp"
 #include "apps/quendo/render_text.hpp"
 #include "apps/quendo/session.hpp"
@@ -24,7 +24,9 @@ using quendokit::LocalTimeZone;
 using quendokit::ReminderCondition;
 using quendokit::ReminderList;
 
-void warn(const std::string& line) { std::fprintf(stderr, "quendo: %s\n", line.c_str()); }
+void warn(const std::string& line) {
+    std::fprintf(stderr, "quendo: %s\n", line.c_str());
+}
 
 /// What a command prints, and the exit code that goes with it.
 struct Answer {
@@ -51,11 +53,12 @@ Outcome<Date> momentOf(const std::string& text, const LocalTimeZone& zone) {
     }
     const Date date = when.value().date;
     if (date <= now || date <= quendokit::ReminderDefaults::NoDate) {
-        return Failure{ExitCode::usage, "\"" + printable(text) + "\" is not to come: it was " + dateText(date, zone) +
-                                            "; give a moment after now"};
+        return Failure{ExitCode::usage, "\"" + escapedText(text, 80) + "\" is not to come: it was " +
+                                            whenText(date, zone) + "; give a moment after now"};
     }
     if (when.value().kind == LocalTimeKind::skipped) {
-        warn("the clocks skip \"" + printable(text) + "\"; taken is the first moment after it, " + dateText(date, zone));
+        warn("the clocks skip \"" + escapedText(text, 80) + "\"; taken is the first moment after it, " +
+             whenText(date, zone));
     }
     return date;
 }
@@ -92,9 +95,9 @@ public:
     Outcome<Answer> operator()(const ListArguments& arguments) {
         ListRequest request{{}, arguments.deleted, arguments.limit};
         const bool all = !arguments.mac && !arguments.upcoming && !arguments.passed;
-        for (const auto& [chosen, list] : {std::pair(arguments.mac, ReminderList::mac),
-                                           std::pair(arguments.upcoming, ReminderList::upcoming),
-                                           std::pair(arguments.passed, ReminderList::remaining)}) {
+        for (const auto& [chosen, list] :
+             {std::pair(arguments.mac, ReminderList::mac), std::pair(arguments.upcoming, ReminderList::upcoming),
+              std::pair(arguments.passed, ReminderList::remaining)}) {
             if (chosen || all) {
                 request.lists.push_back(list);
             }
@@ -151,7 +154,7 @@ private:
 };
 
 int fail(const Failure& failure) {
-    warn(printable(failure.line));
+    warn(escapedText(failure.line));
     return static_cast<int>(failure.code);
 }
 

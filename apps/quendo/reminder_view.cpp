@@ -14,8 +14,8 @@ std::optional<ReminderView> makeReminderView(quendokit::ReminderItem item, quend
     if (!reminder) {
         return std::nullopt;
     }
-    return ReminderView{*reminder->id(), reminder->title(), reminder->shown(), reminder->condition(),
-                        list,            pending,           deleted};
+    return ReminderView{*reminder->id(), reminder->title(), reminder->shown(), reminder->condition(), list, pending,
+                        deleted};
 }
 
 std::string_view nameOf(ReminderList list) {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+
 #include <nlohmann/json.hpp>
 
 #include "quendokit/store/quendokit_config.hpp"
@@ -12,7 +13,9 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 /// Bytes of a title that are not UTF-8 become replacement characters: the document is always valid.
-std::string text(const Json& document) { return document.dump(2, ' ', false, Json::error_handler_t::replace); }
+std::string text(const Json& document) {
+    return document.dump(2, ' ', false, Json::error_handler_t::replace);
+}
 
 Json number(double value) {
     constexpr double exactIntegers = 9'007'199'254'740'992.0;  // 2^53
@@ -50,7 +53,9 @@ Json object(const ReminderView& view, const quendokit::LocalTimeZone& zone) {
 
 }  // namespace
 
-std::string reminder(const ReminderView& view, const quendokit::LocalTimeZone& zone) { return text(object(view, zone)); }
+std::string reminder(const ReminderView& view, const quendokit::LocalTimeZone& zone) {
+    return text(object(view, zone));
+}
 
 std::string reminders(const std::vector<ReminderView>& views, const quendokit::LocalTimeZone& zone) {
     Json list = Json::array();

@@ -1,11 +1,11 @@
 #include "apps/quendo/render_text.hpp"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 
+#include <fmt/format.h>
+
+#include "apps/quendo/escaped_text.hpp"
 #include "apps/quendo/identifiers.hpp"
-#include "apps/quendo/printable.hpp"
 #include "apps/quendo/when.hpp"
 #include "quendokit/store/quendokit_config.hpp"
 
@@ -17,7 +17,7 @@ using quendokit::ReminderList;
 
 std::string moment(const ReminderView& view, const LocalTimeZone& zone) {
     const auto date = view.condition.date();
-    return date ? dateText(*date, zone) : "at your Mac";
+    return date ? whenText(*date, zone) : "at your Mac";
 }
 
 std::string_view headingOf(const std::optional<ReminderList>& list) {
@@ -35,22 +35,24 @@ std::string_view headingOf(const std::optional<ReminderList>& list) {
     return "";
 }
 
-std::string joined(const std::vector<std::string>& lines) { return fmt::format("{}", fmt::join(lines, "\n")); }
+std::string joined(const std::vector<std::string>& lines) {
+    return fmt::format("{}", fmt::join(lines, "\n"));
+}
 
 }  // namespace
 
 std::string stored(const ReminderView& view, const LocalTimeZone& zone) {
     const std::string when = view.condition.date() ? "for " + moment(view, zone) : "for your next arrival at your Mac";
-    return fmt::format("Stored \"{}\" {} ({}).", printable(view.title), when, shortIdentifiers({view}).front());
+    return fmt::format("Stored \"{}\" {} ({}).", escapedText(view.title), when, shortIdentifiers({view}).front());
 }
 
 std::string reminder(const ReminderView& view, const LocalTimeZone& zone) {
     return joined({
-        fmt::format("Title:  {}", printable(view.title)),
+        fmt::format("Title:  {}", escapedText(view.title)),
         fmt::format("When:   {}", moment(view, zone)),
         fmt::format("State:  {}{}{}{}", headingOf(view.list), view.shown ? ", seen" : "",
                     view.deleted ? ", deleted here" : "", view.pending ? ", not yet in the cloud" : ""),
-        fmt::format("ID:     {}", printable(view.id)),
+        fmt::format("ID:     {}", escapedText(view.id)),
     });
 }
 
@@ -70,8 +72,8 @@ std::string reminders(const std::vector<ReminderView>& views, const LocalTimeZon
             lines.emplace_back(headingOf(view.list));
         }
         const std::string when = view.condition.date() ? moment(view, zone) + "  " : "";
-        lines.push_back(fmt::format("  {:<{}}  {}{}{}", printable(identifiers[i]), width, when, printable(view.title),
-                                    view.deleted ? "  (deleted)" : ""));
+        lines.push_back(fmt::format("  {:<{}}  {}{}{}", escapedText(identifiers[i]), width, when,
+                                    escapedText(view.title), view.deleted ? "  (deleted)" : ""));
     }
     return joined(lines);
 }
@@ -80,7 +82,7 @@ std::string deleted(const std::vector<ReminderView>& views) {
     std::vector<std::string> lines;
     lines.reserve(views.size());
     for (const ReminderView& view : views) {
-        lines.push_back(fmt::format("Deleted \"{}\".", printable(view.title)));
+        lines.push_back(fmt::format("Deleted \"{}\".", escapedText(view.title)));
     }
     return joined(lines);
 }
@@ -89,11 +91,14 @@ std::string findings(const std::vector<Finding>& findings) {
     std::vector<std::string> lines;
     lines.reserve(findings.size());
     for (const Finding& finding : findings) {
-        lines.push_back(fmt::format("{}  {:<10} {}", finding.ok ? "ok    " : "FAILED", finding.check, printable(finding.detail)));
+        lines.push_back(
+            fmt::format("{}  {:<10} {}", finding.ok ? "ok    " : "FAILED", finding.check, escapedText(finding.detail)));
     }
     return joined(lines);
 }
 
-std::string version() { return fmt::format("quendo {} (schema {})", QUENDO_VERSION, quendokit::reminderSchemaVersion); }
+std::string version() {
+    return fmt::format("quendo {} (schema {})", QUENDO_VERSION, quendokit::reminderSchemaVersion);
+}
 
 }  // namespace quendo::plain

@@ -1,6 +1,6 @@
 #pragma once
 /// \file
-/// Answers as plain sentences for a person. Each is whole lines without the last line break; titles are made printable.
+/// Answers as plain sentences for a person. Each is whole lines without the last line break; titles are escaped.
 
 #include <string>
 #include <vector>

@@ -126,7 +126,7 @@ Outcome<std::vector<ReminderView>> Session::delete_(const std::vector<std::strin
             return *std::move(failure);
         }
         if (!found) {
-            return found;
+            return found.failure();
         }
         const bool again = std::any_of(chosen.begin(), chosen.end(),
                                        [&](const ReminderView& each) { return each.id == found.value().id; });
@@ -161,6 +161,13 @@ std::vector<ReminderView> Session::views(const ListRequest& request) const {
 }
 
 Outcome<ReminderView> Session::find(const std::string& id, bool includingDeleted) const {
+    // A whole identifier, as scripts give it, needs no listing.
+    if (auto item = ReminderControllerInternal::reminderItem(*controller_, id);
+        item && (includingDeleted || !item->deleted)) {
+        if (auto view = makeReminderView(*std::move(item), quendokit::platform::clock().now())) {
+            return *std::move(view);
+        }
+    }
     return findReminder(views({allLists, includingDeleted, std::nullopt}), id);
 }
 

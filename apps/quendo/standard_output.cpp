@@ -1,12 +1,11 @@
 #include "apps/quendo/standard_output.hpp"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <string>
 #include <system_error>
+#include <unistd.h>
 
 namespace quendo {
 

@@ -1,11 +1,11 @@
 /// \file
 /// What operations cost on SQLite, counted: syncs, prepared statements, scans, sorts, steps.
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <string>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "quendokit/store/reminder_controller_internal.hpp"
 #include "tests/support/shim_file_system.hpp"
@@ -24,8 +24,8 @@ protected:
         ASSERT_FALSE(realm_->write([&] {
             for (int i = 0; i < count; ++i) {
                 const Date date(now + (i % 2 == 0 ? 60.0 : -60.0) * (i + 1));
-                const auto condition = i % 50 == 0 ? ReminderCondition::device(DeviceType::mac)
-                                                   : ReminderCondition::dateTime(date);
+                const auto condition =
+                    i % 50 == 0 ? ReminderCondition::device(DeviceType::mac) : ReminderCondition::dateTime(date);
                 ReminderItem item("Reminder " + std::to_string(i), condition, idOf(i), i % 100 == 0);
                 item.deleted = i % 100 == 7;
                 realm_->add(item, true);
@@ -49,7 +49,8 @@ protected:
     int take(int counter) const {
         int sum = 0;
         sqlite3* database = realm_->connection().handle();
-        for (auto* each = sqlite3_next_stmt(database, nullptr); each != nullptr; each = sqlite3_next_stmt(database, each)) {
+        for (auto* each = sqlite3_next_stmt(database, nullptr); each != nullptr;
+             each = sqlite3_next_stmt(database, each)) {
             sum += sqlite3_stmt_status(each, counter, 1);
         }
         return sum;
@@ -59,7 +60,8 @@ protected:
     [[nodiscard]] std::vector<std::string> plans() const {
         std::vector<std::string> queries;
         sqlite3* database = realm_->connection().handle();
-        for (auto* each = sqlite3_next_stmt(database, nullptr); each != nullptr; each = sqlite3_next_stmt(database, each)) {
+        for (auto* each = sqlite3_next_stmt(database, nullptr); each != nullptr;
+             each = sqlite3_next_stmt(database, each)) {
             const std::string sql = sqlite3_sql(each);
             if (sql.starts_with("SELECT")) {
                 queries.push_back(sql);

@@ -1,14 +1,14 @@
 /// \file
 /// Opening files of every kind: new, foreign, damaged, out of reach. What is refused stays as it is.
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <fstream>
 #include <random>
 #include <sstream>
 #include <string>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "tests/support/child_process.hpp"
 #include "tests/support/shim_file_system.hpp"
@@ -29,7 +29,7 @@ void writeContents(const std::filesystem::path& file, const std::string& content
 }
 
 unsigned modeOf(const std::filesystem::path& path) {
-    struct stat status {};
+    struct stat status{};
     EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
     return status.st_mode & 0777U;
 }
@@ -37,7 +37,7 @@ unsigned modeOf(const std::filesystem::path& path) {
 class SQLiteFile : public ::testing::Test {
 protected:
     /// A file with `count` reminders, closed.
-    void makeFile(int count = 3) {
+    void makeFile(int count = 3) const {
         const auto realm = world_.open().value();
         ASSERT_FALSE(realm->write([&] {
             for (int i = 0; i < count; ++i) {
@@ -79,7 +79,8 @@ protected:
 TEST_F(SQLiteFile, ANewFileIsForItsOwnerAlone) {
     world_.file = world_.folder.path() / "a" / "b" / "reminders.sqlite";
     const auto realm = world_.open().value();
-    ASSERT_FALSE(realm->write([&] { realm->add(ReminderItem("x", ReminderCondition::device(DeviceType::mac), {}, false), true); }));
+    ASSERT_FALSE(realm->write(
+        [&] { realm->add(ReminderItem("x", ReminderCondition::device(DeviceType::mac), {}, false), true); }));
     EXPECT_EQ(modeOf(world_.folder.path() / "a"), 0700U);
     EXPECT_EQ(modeOf(world_.folder.path() / "a" / "b"), 0700U);
     EXPECT_EQ(modeOf(world_.file), 0600U);
@@ -95,8 +96,9 @@ TEST_F(SQLiteFile, ANewFileSaysWhatItIs) {
     EXPECT_EQ(querySQL(world_.file, "SELECT group_concat(name) FROM pragma_table_info('ReminderItem')"),
               "ID,title,deleted,shown,completionDate,pending,_device,_datetime");
     EXPECT_EQ(querySQL(world_.file, "SELECT strict FROM pragma_table_list('ReminderItem')"), "1");
-    EXPECT_EQ(querySQL(world_.file, "SELECT group_concat(name) FROM (SELECT name FROM sqlite_schema WHERE type = 'index' "
-                                    "AND sql IS NOT NULL ORDER BY name)"),
+    EXPECT_EQ(querySQL(world_.file,
+                       "SELECT group_concat(name) FROM (SELECT name FROM sqlite_schema WHERE type = 'index' "
+                       "AND sql IS NOT NULL ORDER BY name)"),
               "ReminderItem_by_moment,ReminderItem_seen_at_device,ReminderItem_waiting_at_mac");
 }
 
@@ -199,8 +201,9 @@ TEST_F(SQLiteFile, ANewerVersionIsRefused) {
     ASSERT_TRUE(runSQL(world_.file, "PRAGMA user_version = 5"));
     const Error error = refusal();
     EXPECT_TRUE(isRealmError(error, RealmErrorCode::newerVersion));
-    EXPECT_EQ(error.description, world_.file.string() +
-                                     ": a newer version wrote it (schema 5, this program knows 4); update this program");
+    EXPECT_EQ(
+        error.description,
+        world_.file.string() + ": a newer version wrote it (schema 5, this program knows 4); update this program");
 }
 
 TEST_F(SQLiteFile, ANegativeVersionIsDamage) {
@@ -240,10 +243,11 @@ TEST_F(SQLiteFile, AColumnTooManyIsDamage) {
 
 TEST_F(SQLiteFile, AColumnOfAnotherTypeIsDamage) {
     makeFile();
-    ASSERT_TRUE(runSQL(world_.file,
-                       "DROP TABLE ReminderItem; CREATE TABLE ReminderItem (ID TEXT NOT NULL PRIMARY KEY, title INTEGER "
-                       "NOT NULL, deleted INTEGER NOT NULL, shown INTEGER NOT NULL, completionDate REAL NOT NULL, pending "
-                       "INTEGER NOT NULL, _device INTEGER NOT NULL, _datetime REAL NOT NULL) STRICT"));
+    ASSERT_TRUE(
+        runSQL(world_.file,
+               "DROP TABLE ReminderItem; CREATE TABLE ReminderItem (ID TEXT NOT NULL PRIMARY KEY, title INTEGER "
+               "NOT NULL, deleted INTEGER NOT NULL, shown INTEGER NOT NULL, completionDate REAL NOT NULL, pending "
+               "INTEGER NOT NULL, _device INTEGER NOT NULL, _datetime REAL NOT NULL) STRICT"));
     expectDamaged("column title of table ReminderItem is of the wrong type");
 }
 
@@ -306,9 +310,8 @@ TEST_F(SQLiteFile, ALockThatAnotherHoldsFailsTheWriteAndTellsSo) {
 }
 
 TEST_F(SQLiteFile, AFullDiskAtOpeningIsToldAndLeavesNoHalfFile) {
-    const ShimFileSystem shim;
+    ShimFileSystem disk;
     world_.options.fileSystem = ShimFileSystem::name();
-    ShimFileSystem& disk = const_cast<ShimFileSystem&>(shim);
     disk.setFull(true);
     EXPECT_TRUE(isRealmError(refusal(), RealmErrorCode::full));
     disk.setFull(false);
@@ -383,6 +386,8 @@ TEST_F(SQLiteFile, LookingAFileOverChangesNothing) {
     const std::string before = contentsOf(world_.file);
     EXPECT_EQ(provider.examine(QuendoKitConfig()).value(), 4U);
     EXPECT_TRUE(contentsOf(world_.file) == before);
+    EXPECT_FALSE(std::filesystem::exists(world_.file.string() + "-wal"));
+    EXPECT_FALSE(std::filesystem::exists(world_.file.string() + "-shm"));
 
     ASSERT_TRUE(runSQL(world_.file, "PRAGMA user_version = 5"));
     EXPECT_TRUE(isRealmError(provider.examine(QuendoKitConfig()).error(), RealmErrorCode::newerVersion));

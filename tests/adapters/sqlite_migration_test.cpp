@@ -1,11 +1,11 @@
 /// \file
 /// Files of schema versions 0 to 3 become files of version 4: wholly or not at all, and never without a copy.
 
-#include <gtest/gtest.h>
-
 #include <fstream>
 #include <sstream>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "tests/golden/old_files.hpp"
 #include "tests/support/child_process.hpp"
@@ -67,7 +67,8 @@ TEST_P(SQLiteMigration, TheGoldenFileIsWhatItsProgramMakes) {
     const std::string everything =
         "SELECT group_concat(quote(ID) || quote(title) || quote(_device) || quote(_datetime) || quote(pending)" +
         std::string(version() >= 1 ? " || quote(deleted)" : "") + (version() >= 2 ? " || quote(shown)" : "") +
-        ") || (SELECT sql FROM sqlite_schema WHERE name = 'ReminderItem') FROM (SELECT * FROM ReminderItem ORDER BY ID)";
+        ") || (SELECT sql FROM sqlite_schema WHERE name = 'ReminderItem') FROM (SELECT * FROM ReminderItem ORDER BY "
+        "ID)";
     EXPECT_FALSE(querySQL(fresh, everything).empty());
     EXPECT_EQ(querySQL(world_.file, everything), querySQL(fresh, everything));
     EXPECT_EQ(querySQL(world_.file, "PRAGMA user_version"), std::to_string(version()));
@@ -78,7 +79,8 @@ TEST_P(SQLiteMigration, TheGoldenFileIsBroughtToVersionFour) {
     expectMigrated(goldenCount);
     EXPECT_EQ(querySQL(world_.file, "PRAGMA user_version"), "4");
     EXPECT_EQ(querySQL(world_.file, "PRAGMA application_id"), std::to_string(0x514E444F));
-    EXPECT_EQ(querySQL(world_.file, "SELECT group_concat(name) FROM sqlite_schema WHERE type = 'table'"), "ReminderItem");
+    EXPECT_EQ(querySQL(world_.file, "SELECT group_concat(name) FROM sqlite_schema WHERE type = 'table'"),
+              "ReminderItem");
 }
 
 TEST_P(SQLiteMigration, FilesOfAnySizeAreBroughtToVersionFour) {
@@ -119,8 +121,8 @@ TEST_P(SQLiteMigration, WhatTheWriteAheadLogHoldsIsMigratedAndCopiedToo) {
     runInChild([&] {
         sqlite3* database = nullptr;
         sqlite3_open(world_.file.c_str(), &database);
-        sqlite3_exec(database, "PRAGMA journal_mode = WAL; UPDATE ReminderItem SET title = 'from the log'", nullptr, nullptr,
-                     nullptr);
+        sqlite3_exec(database, "PRAGMA journal_mode = WAL; UPDATE ReminderItem SET title = 'from the log'", nullptr,
+                     nullptr, nullptr);
         return 0;
     });
     ASSERT_GT(fs::file_size(world_.file.string() + "-wal"), 0U);

@@ -1,13 +1,13 @@
 /// \file
 /// Several processes on one file, and processes that are killed.
 
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <csignal>
 #include <random>
 #include <string>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
 
 #include "tests/support/child_process.hpp"
 #include "tests/support/sqlite_world.hpp"

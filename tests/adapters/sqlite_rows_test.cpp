@@ -1,10 +1,10 @@
 /// \file
 /// Odd values in the rows of a file, put there by another program.
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "quendokit/store/reminder_controller_internal.hpp"
 #include "tests/support/sqlite_world.hpp"
@@ -17,7 +17,8 @@ protected:
     /// A file with one row; `values` are those of the columns in order.
     void makeRow(const std::string& values) {
         ASSERT_TRUE(world_.open());
-        ASSERT_TRUE(runSQL(world_.file, "PRAGMA ignore_check_constraints = ON; INSERT INTO ReminderItem VALUES (" + values + ")"))
+        ASSERT_TRUE(runSQL(world_.file,
+                           "PRAGMA ignore_check_constraints = ON; INSERT INTO ReminderItem VALUES (" + values + ")"))
             << values;
     }
 
@@ -35,8 +36,8 @@ protected:
 };
 
 TEST_F(SQLiteRows, ABooleanThatIsNeitherIsDamage) {
-    for (const char* values : {"'a', 'x', 2, 0, 1.0, 1, -1, 1.0", "'a', 'x', 0, -1, 1.0, 1, -1, 1.0",
-                               "'a', 'x', 0, 0, 1.0, 7, -1, 1.0"}) {
+    for (const char* values :
+         {"'a', 'x', 2, 0, 1.0, 1, -1, 1.0", "'a', 'x', 0, -1, 1.0, 1, -1, 1.0", "'a', 'x', 0, 0, 1.0, 7, -1, 1.0"}) {
         makeRow(values);
         auto realm = world_.open();
         ASSERT_FALSE(realm) << values;
@@ -90,7 +91,8 @@ TEST_F(SQLiteRows, ADeviceThatDoesNotExistIsInNoListUntilItIsShown) {
     for (const char* device : {"0", "2", "-2", "1099511627776"}) {
         makeRow("'a', 'x', 0, 0, 1.0, 1, " + std::string(device) + ", 1.0");
         const auto hidden = lists();
-        EXPECT_TRUE(hidden.macReminders.empty() && hidden.upcomingReminders.empty() && hidden.remainingReminders.empty());
+        EXPECT_TRUE(hidden.macReminders.empty() && hidden.upcomingReminders.empty() &&
+                    hidden.remainingReminders.empty());
         ASSERT_TRUE(runSQL(world_.file, "UPDATE ReminderItem SET shown = 1"));
         EXPECT_EQ(lists().remainingReminders.size(), 1U) << device;
         std::filesystem::remove(world_.file);

@@ -1,8 +1,7 @@
 #include "tests/golden/old_files.hpp"
 
-#include <sqlite3.h>
-
 #include <cstdio>
+#include <sqlite3.h>
 
 namespace quendokit::testing {
 
@@ -24,7 +23,8 @@ OldRow oldRow(int i) {
 
 bool writeOldFile(const std::filesystem::path& file, int version, int count) {
     sqlite3* database = nullptr;
-    sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_EXCLUSIVE, nullptr);
+    sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_EXCLUSIVE,
+                    nullptr);
     std::string columns =
         "ID TEXT PRIMARY KEY NOT NULL, title TEXT NOT NULL, _device INTEGER NOT NULL, _datetime REAL NOT NULL, pending "
         "INTEGER NOT NULL";

@@ -2,12 +2,12 @@
 /// \file
 /// Running a piece of a test in a process of its own.
 
+#include <functional>
 #include <grp.h>
-#include <sys/types.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <functional>
+#include <sys/types.h>
+#include <sys/wait.h>
 
 namespace quendokit::testing {
 

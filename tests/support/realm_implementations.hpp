@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/in_memory_realm_factory.hpp"
+#include "tests/support/sqlite_realm_factory.hpp"
 
 namespace quendokit::testing {
 
@@ -17,6 +18,7 @@ namespace quendokit::testing {
 [[nodiscard]] inline std::vector<RealmImplementation> realmImplementations() {
     return {
         {"InMemory", [] { return std::make_unique<InMemoryRealmFactory>(); }},
+        {"SQLite", [] { return std::make_unique<SQLiteRealmFactory>(); }},
     };
 }
 

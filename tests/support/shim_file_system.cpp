@@ -1,10 +1,10 @@
 #include "tests/support/shim_file_system.hpp"
 
-#include <sqlite3.h>
-#include <unistd.h>
-
 #include <cstring>
 #include <limits>
+#include <sqlite3.h>
+#include <unistd.h>
+#include <utility>
 
 namespace quendokit::testing {
 namespace {
@@ -15,6 +15,8 @@ struct State {
     std::size_t changesUntilExit = std::numeric_limits<std::size_t>::max();
     bool full = false;
     bool syncsFailing = false;
+    bool nextSyncFails = false;
+    bool nextBeginFails = false;
 };
 
 State state;
@@ -27,7 +29,9 @@ struct File {
     sqlite3_file* behind() { return reinterpret_cast<sqlite3_file*>(this + 1); }
 };
 
-sqlite3_file* behind(sqlite3_file* file) { return reinterpret_cast<File*>(file)->behind(); }
+sqlite3_file* behind(sqlite3_file* file) {
+    return reinterpret_cast<File*>(file)->behind();
+}
 
 void countChange() {
     if (state.changesUntilExit == 0) {
@@ -37,7 +41,9 @@ void countChange() {
     ++state.changes;
 }
 
-int closeFile(sqlite3_file* file) { return behind(file)->pMethods->xClose(behind(file)); }
+int closeFile(sqlite3_file* file) {
+    return behind(file)->pMethods->xClose(behind(file));
+}
 int readFile(sqlite3_file* file, void* to, int amount, sqlite3_int64 offset) {
     return behind(file)->pMethods->xRead(behind(file), to, amount, offset);
 }
@@ -52,27 +58,49 @@ int truncateFile(sqlite3_file* file, sqlite3_int64 size) {
 int syncFile(sqlite3_file* file, int flags) {
     countChange();
     ++state.syncs;
+    if (std::exchange(state.nextSyncFails, false)) {
+        return SQLITE_IOERR_FSYNC;
+    }
     return state.syncsFailing ? SQLITE_IOERR_FSYNC : behind(file)->pMethods->xSync(behind(file), flags);
 }
-int fileSize(sqlite3_file* file, sqlite3_int64* size) { return behind(file)->pMethods->xFileSize(behind(file), size); }
-int lockFile(sqlite3_file* file, int level) { return behind(file)->pMethods->xLock(behind(file), level); }
-int unlockFile(sqlite3_file* file, int level) { return behind(file)->pMethods->xUnlock(behind(file), level); }
+int fileSize(sqlite3_file* file, sqlite3_int64* size) {
+    return behind(file)->pMethods->xFileSize(behind(file), size);
+}
+int lockFile(sqlite3_file* file, int level) {
+    return behind(file)->pMethods->xLock(behind(file), level);
+}
+int unlockFile(sqlite3_file* file, int level) {
+    return behind(file)->pMethods->xUnlock(behind(file), level);
+}
 int checkReservedLock(sqlite3_file* file, int* held) {
     return behind(file)->pMethods->xCheckReservedLock(behind(file), held);
 }
 int fileControl(sqlite3_file* file, int operation, void* argument) {
     return behind(file)->pMethods->xFileControl(behind(file), operation, argument);
 }
-int sectorSize(sqlite3_file* file) { return behind(file)->pMethods->xSectorSize(behind(file)); }
-int deviceCharacteristics(sqlite3_file* file) { return behind(file)->pMethods->xDeviceCharacteristics(behind(file)); }
+int sectorSize(sqlite3_file* file) {
+    return behind(file)->pMethods->xSectorSize(behind(file));
+}
+int deviceCharacteristics(sqlite3_file* file) {
+    return behind(file)->pMethods->xDeviceCharacteristics(behind(file));
+}
 int shmMap(sqlite3_file* file, int region, int size, int extend, void volatile** memory) {
     return behind(file)->pMethods->xShmMap(behind(file), region, size, extend, memory);
 }
 int shmLock(sqlite3_file* file, int offset, int count, int flags) {
+    // The first lock of the log is the one that its only writer holds.
+    const bool begins = offset == 0 && flags == (SQLITE_SHM_LOCK | SQLITE_SHM_EXCLUSIVE);
+    if (begins && std::exchange(state.nextBeginFails, false)) {
+        return SQLITE_BUSY;
+    }
     return behind(file)->pMethods->xShmLock(behind(file), offset, count, flags);
 }
-void shmBarrier(sqlite3_file* file) { behind(file)->pMethods->xShmBarrier(behind(file)); }
-int shmUnmap(sqlite3_file* file, int remove) { return behind(file)->pMethods->xShmUnmap(behind(file), remove); }
+void shmBarrier(sqlite3_file* file) {
+    behind(file)->pMethods->xShmBarrier(behind(file));
+}
+int shmUnmap(sqlite3_file* file, int remove) {
+    return behind(file)->pMethods->xShmUnmap(behind(file), remove);
+}
 
 const sqlite3_io_methods methods = {
     2,          closeFile,         readFile,    writeFile,  truncateFile,          syncFile, fileSize, lockFile,
@@ -99,16 +127,36 @@ ShimFileSystem::ShimFileSystem() {
     sqlite3_vfs_register(&shim, 0);
 }
 
-ShimFileSystem::~ShimFileSystem() { sqlite3_vfs_unregister(&shim); }
+ShimFileSystem::~ShimFileSystem() {
+    sqlite3_vfs_unregister(&shim);
+}
 
-std::size_t ShimFileSystem::syncCount() const { return state.syncs; }
+std::size_t ShimFileSystem::syncCount() const {
+    return state.syncs;
+}
 
-std::size_t ShimFileSystem::changeCount() const { return state.changes; }
+std::size_t ShimFileSystem::changeCount() const {
+    return state.changes;
+}
 
-void ShimFileSystem::setFull(bool full) { state.full = full; }
+void ShimFileSystem::setFull(bool full) {
+    state.full = full;
+}
 
-void ShimFileSystem::setSyncsFailing(bool failing) { state.syncsFailing = failing; }
+void ShimFileSystem::setSyncsFailing(bool failing) {
+    state.syncsFailing = failing;
+}
 
-void ShimFileSystem::exitAfterChanges(std::size_t count) { state.changesUntilExit = count; }
+void ShimFileSystem::failNextBegin() {
+    state.nextBeginFails = true;
+}
+
+void ShimFileSystem::failNextSync() {
+    state.nextSyncFails = true;
+}
+
+void ShimFileSystem::exitAfterChanges(std::size_t count) {
+    state.changesUntilExit = count;
+}
 
 }  // namespace quendokit::testing

@@ -27,6 +27,10 @@ public:
     void setFull(bool full);
     /// Syncs answer SQLITE_IOERR_FSYNC (or work again).
     void setSyncsFailing(bool failing);
+    /// The next write transaction on a write-ahead log cannot begin; the one after it can.
+    void failNextBegin();
+    /// The next sync fails; the one after it works.
+    void failNextSync();
     /// After `count` more changes the process ends at once, as by a kill.
     void exitAfterChanges(std::size_t count);
 };

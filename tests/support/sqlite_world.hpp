@@ -2,11 +2,10 @@
 /// \file
 /// `SQLiteWorld`, the engine's services over a SQLite file in a folder of its own.
 
-#include <sqlite3.h>
-
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <sqlite3.h>
 #include <string>
 #include <vector>
 
