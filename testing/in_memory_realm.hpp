@@ -37,8 +37,6 @@ public:
     void deleteAll() override;
     [[nodiscard]] bool visitRows(const Query& query, const RowVisitor& visitor) const override;
     [[nodiscard]] std::size_t countRows(const Query& query) const override;
-
-protected:
     void addRow(const ObjectSchema& schema, const std::function<void(RowWriter&)>& fill, bool update) override;
     void setValues(const ObjectSchema& schema, std::string_view primaryKey,
                    std::span<const Assignment> assignments) override;

@@ -117,7 +117,7 @@ public:
     /// For `Results`. 0 after a failure.
     [[nodiscard]] virtual std::size_t countRows(const Query& query) const = 0;
 
-protected:
+    /// For `add`, `set` and `delete_`, and for a database that wraps another one.
     virtual void addRow(const ObjectSchema& schema, const std::function<void(RowWriter&)>& fill, bool update) = 0;
     virtual void setValues(const ObjectSchema& schema, std::string_view primaryKey,
                            std::span<const Assignment> assignments) = 0;
