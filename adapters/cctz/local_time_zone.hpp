@@ -48,8 +48,8 @@ public:
     ///
     /// TZ decides when it is set: a name as "Europe/Berlin", a file's absolute path, or a rule as
     /// "EST5EDT4,M3.2.0,M11.1.0"; one leading colon is ignored. Else the link or file /etc/localtime does. UTC when TZ
-    /// is empty or cannot be understood, or when that file cannot. A rule is told by the C library the first time.
-    /// Never null.
+    /// is empty or cannot be understood, or when that file cannot. A rule is asked of the C library, which takes
+    /// milliseconds, and remembered until another one comes. Never null.
     [[nodiscard]] static std::shared_ptr<const LocalTimeZone> current();
 
     /// The zone of that name in the system's zone data, or of the file at that absolute path. Null when there is none.
@@ -66,8 +66,8 @@ public:
     /// "Europe/Berlin"; the rule or path itself when the zone has no name.
     [[nodiscard]] const std::string& name() const noexcept { return name_; }
 
-    /// The moment at which the clocks show `reading`. In New York `{2026, 3, 8, 2, 30, 0}` was skipped and is
-    /// `Date(1'772'953'200)`, 03:00:00; `{2026, 11, 1, 1, 30, 0}` is repeated, and an hour lies between the two.
+    /// The moment at which the clocks show `reading`. In New York `{2026, 3, 8, 2, 30, 0}` is skipped: its
+    /// moment is that of 03:00:00, `Date(1'772'953'200)`. `{2026, 11, 1, 1, 30, 0}` is repeated an hour later.
     /// Absent when `reading` is not valid.
     [[nodiscard]] std::optional<LocatedInstant> locate(const LocalDateTime& reading) const;
 

@@ -12,8 +12,8 @@ namespace {
 constexpr std::int64_t day = 86'400;
 /// The calendar, weekdays included, repeats after 400 years, and so does a rule that is told in its terms.
 constexpr std::int64_t cycle = 146'097 * day;
-/// More than any offset, so that no search runs off the table.
-constexpr std::int64_t margin = 366 * day;
+/// More than any offset, which is below 25 hours, so that no search runs off the table.
+constexpr std::int64_t margin = 2 * day;
 
 int cLibraryOffset(std::int64_t moment) {
     const auto time = static_cast<std::time_t>(moment);

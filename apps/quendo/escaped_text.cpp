@@ -18,7 +18,7 @@ CodePoint firstCodePoint(std::string_view text) {
         return {lead, 1};
     }
     const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4 || text.size() < length) {
+    if (lead < 0xC0 || lead > 0xF7 || text.size() < length) {
         return {};
     }
     char32_t value = lead & (0x7FU >> length);

@@ -147,7 +147,7 @@ Result<When> parseDateTime(std::string_view text, const LocalTimeZone& zone) {
         return unreadable(text);
     }
     bool isLocal = true;
-    LocalDateTime offset;
+    LocalDateTime offset;  // a time of day of 1970-01-01, so that its wall seconds are the seconds from UTC
     bool isWest = false;
     if (!reader.atEnd()) {
         if (!(reader.take(' ') || reader.take('T')) || !reader.takeTimeOfDay(reading)) {
@@ -192,8 +192,9 @@ Result<When> parseTimeOfDay(std::string_view text, Date now, const LocalTimeZone
         return refusal(text, "is no time while the clock shows none: write 2026-11-21 18:00");
     }
     const std::int64_t timeOfDay = wallSeconds(time);
-    for (std::int64_t midnight = quendokit::wallSeconds({today->year, today->month, today->day});;
-         midnight += secondsOfDay) {
+    // From yesterday on: clocks that were put back over midnight show its last times once more.
+    std::int64_t midnight = quendokit::wallSeconds({today->year, today->month, today->day}) - secondsOfDay;
+    for (;; midnight += secondsOfDay) {
         const auto start = zone.locate(quendokit::fromWallSeconds(midnight));
         const auto end = zone.locate(quendokit::fromWallSeconds(midnight + secondsOfDay));
         const auto located = zone.locate(quendokit::fromWallSeconds(midnight + timeOfDay));

@@ -26,7 +26,7 @@ struct When {
 /// - `2026-11-21`, the local midnight of that date; `2026-11-21 18:00` and `2026-11-21 18:00:30`, a local time. The
 ///   blank may be a `T`. `Z` or an offset as `+05:45` behind the time makes it a time at that offset instead.
 /// - `18:00` or `18:00:30`, the next moment after `now` at which the clocks show it: today, else on the next date that
-///   exists. Of a repeated time, the second while `now` is between the two.
+///   exists. A repeated time comes a second time while `now` is between the two.
 /// - `+20m`, `+1h30m`, `+2d`: that much after `now`; each of d, h, m, s once at most and in this order. A day is 86,400
 ///   seconds, whatever the clocks do.
 /// - `@1795302000`, seconds since 1970-01-01 00:00:00 UTC; may be negative and may have a fraction.

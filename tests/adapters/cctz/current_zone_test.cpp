@@ -41,11 +41,11 @@ TEST(CurrentZone, IsUtcWhenTZIsEmpty) {
 }
 
 TEST(CurrentZone, IsUtcWhenTZCannotBeUnderstood) {
-    for (const char* tz : {"Mars/Olympus", "Europe", "EST", "<+03", "AB5", "/etc/hostname"}) {
+    for (const char* tz : {"Mars/Olympus", "Europe", "ABC", "AB5", "<+03", "<+03>", "/etc/hostname"}) {
         const ScopedEnvironment environment("TZ", tz);
-        EXPECT_EQ(LocalTimeZone::current()->offset(november), std::string(tz) == "EST" ? -18'000 : 0) << tz;
+        EXPECT_EQ(LocalTimeZone::current()->name(), "UTC") << tz;
+        EXPECT_EQ(LocalTimeZone::current()->offset(november), 0) << tz;
     }
-    EXPECT_EQ(currentName("Mars/Olympus"), "UTC");
 }
 
 TEST(CurrentZone, IsTheFileWhosePathTZHolds) {
@@ -59,6 +59,7 @@ TEST(CurrentZone, IsThatOfTheDeviceWithoutTZ) {
     EXPECT_EQ(current->name(), device ? device->name() : "UTC");
     const auto now = static_cast<std::time_t>(november.timeIntervalSince1970());
     std::tm fields{};
+    ::tzset();
     ::localtime_r(&now, &fields);
     EXPECT_EQ(current->offset(november), fields.tm_gmtoff);
 }

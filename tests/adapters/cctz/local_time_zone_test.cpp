@@ -1,6 +1,7 @@
 #include "adapters/cctz/local_time_zone.hpp"
 
 #include <cmath>
+#include <filesystem>
 #include <limits>
 #include <string>
 
@@ -193,10 +194,10 @@ TEST(LocalTimeZone, AnUnknownNameMakesNoZone) {
 }
 
 TEST(LocalTimeZone, AZoneWithLeapSecondsIsReadWithoutThem) {
-    const auto berlin = LocalTimeZone::make("right/Europe/Berlin");
-    if (!berlin) {
+    if (!std::filesystem::exists("/usr/share/zoneinfo/right/Europe/Berlin")) {
         GTEST_SKIP() << "the zone data here has no tree with leap seconds";
     }
+    const auto berlin = zone("right/Europe/Berlin");
     EXPECT_EQ(berlin->locate({2026, 7, 1, 9, 0, 0}), unique({2026, 7, 1, 7, 0, 0}));
 }
 

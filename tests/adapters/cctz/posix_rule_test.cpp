@@ -1,5 +1,7 @@
 // TZ may hold a rule instead of a name. cctz refuses it; the C library tells it.
 
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include "adapters/cctz/local_time_zone.hpp"
@@ -68,6 +70,17 @@ TEST(PosixRule, ARepeatedTimeIsTheFirstOfTheTwo) {
     EXPECT_EQ(zone->locate({2026, 11, 1, 2, 0, 0})->kind, LocalTimeKind::unique);
 }
 
+TEST(PosixRule, ChangesToTheSecondAtAnyTimeOfDay) {
+    for (int hour = 0; hour < 24; ++hour) {
+        const std::string number = std::to_string(hour);
+        const std::string time = number + ":" + number + ":" + number;
+        const auto zone = zoneOf(("EST5EDT4,M3.2.0/" + time + ",M11.1.0").c_str());
+        const double change = utc({2026, 3, 8, hour + 5, hour, hour}).timeIntervalSince1970();
+        EXPECT_EQ(zone->offset(Date(change - 1)), -18'000) << hour;
+        EXPECT_EQ(zone->offset(Date(change)), -14'400) << hour;
+    }
+}
+
 TEST(PosixRule, OfTheSouthHasSummerOverNewYear) {
     const auto zone = zoneOf("AEST-10AEDT,M10.1.0,M4.1.0/3");
     EXPECT_EQ(zone->offset(utc({2026, 12, 31, 23, 59, 59})), 39'600);
@@ -75,14 +88,16 @@ TEST(PosixRule, OfTheSouthHasSummerOverNewYear) {
 }
 
 TEST(PosixRule, ReachesAsFarAsReadingsDo) {
-    const auto zone = zoneOf(newYorksRule);
-    for (const LocalDateTime reading : {LocalDateTime{localYearLimit, 12, 31, 23, 59, 59},
-                                        {-localYearLimit, 1, 1, 0, 0, 0},
-                                        {1969, 12, 31, 23, 59, 59},
-                                        {1970, 1, 1, 0, 0, 0},
-                                        {2369, 12, 31, 23, 59, 59},
-                                        {2370, 1, 1, 0, 0, 0}}) {
-        EXPECT_EQ(zone->localDateTime(zone->locate(reading)->date), reading);
+    for (const char* rule : {newYorksRule, "XXX24:59:59", "XXX-24:59:59"}) {
+        const auto zone = zoneOf(rule);
+        for (const LocalDateTime reading : {LocalDateTime{localYearLimit, 12, 31, 23, 59, 59},
+                                            {-localYearLimit, 1, 1, 0, 0, 0},
+                                            {1969, 12, 31, 23, 59, 59},
+                                            {1970, 1, 1, 0, 0, 0},
+                                            {2369, 12, 31, 23, 59, 59},
+                                            {2370, 1, 1, 0, 0, 0}}) {
+            EXPECT_EQ(zone->localDateTime(zone->locate(reading)->date), reading) << rule;
+        }
     }
 }
 

@@ -9,8 +9,8 @@
 
 namespace quendokit::testing {
 
-/// Sets a variable, or takes it away when the value is null, and puts the old state back. The C library's idea of the
-/// local zone follows both times.
+/// Sets a variable, or takes it away when the value is null, and puts the old state back. Of a new TZ the C library is
+/// not told, as in a program that only changes its environment; of the old one it is.
 class ScopedEnvironment {
 public:
     ScopedEnvironment(const char* name, const char* value) : name_(name) {
@@ -21,7 +21,10 @@ public:
     }
     ScopedEnvironment(const ScopedEnvironment&) = delete;
     ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
-    ~ScopedEnvironment() { set(before_ ? before_->c_str() : nullptr); }
+    ~ScopedEnvironment() {
+        set(before_ ? before_->c_str() : nullptr);
+        ::tzset();
+    }
 
 private:
     void set(const char* value) {
@@ -30,7 +33,6 @@ private:
         } else {
             ::unsetenv(name_.c_str());
         }
-        ::tzset();
     }
 
     const std::string name_;

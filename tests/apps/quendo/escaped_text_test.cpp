@@ -41,6 +41,7 @@ TEST(EscapedText, TakesNoOverlongSurrogateOrTooGreatCodePointForUtf8) {
     EXPECT_EQ(escapedText("\xE0\x80\x9B"), "\\xE0\\x80\\x9B");
     EXPECT_EQ(escapedText("\xED\xA0\x80"), "\\xED\\xA0\\x80");
     EXPECT_EQ(escapedText("\xF4\x90\x80\x80"), "\\xF4\\x90\\x80\\x80");
+    EXPECT_EQ(escapedText("\xF9\x90\x80\x80"), "\\xF9\\x90\\x80\\x80");
     EXPECT_EQ(escapedText("\xF4\x8F\xBF\xBF"), "\xF4\x8F\xBF\xBF");
 }
 

@@ -174,6 +174,12 @@ TEST_F(Parsing, ARepeatedTimeOfDayComesOnceMoreBetweenTheTwo) {
     EXPECT_EQ(parsed("01:30"), unique({2026, 11, 2, 6, 30, 0}));
 }
 
+TEST_F(Parsing, ATimeOfYesterdayComesOnceMoreWhenTheClocksArePutBackOverMidnight) {
+    at("America/St_Johns", utc({2010, 11, 7, 2, 30, 30}));  // half a minute after midnight, half before 23:01
+    EXPECT_EQ(parsed("23:30"), repeated({2010, 11, 7, 3, 0, 0}));
+    EXPECT_EQ(parsed("22:30"), unique({2010, 11, 8, 2, 0, 0}));
+}
+
 TEST_F(Parsing, ADateThatTheZoneLeftOutIsPassedOver) {
     at("Pacific/Apia", utc({2011, 12, 30, 6, 0, 0}));  // 20:00 of Thursday, and no Friday follows
     EXPECT_EQ(parsed("18:00"), unique({2011, 12, 31, 4, 0, 0}));
@@ -363,8 +369,8 @@ TEST(WhenText, HasSecondsOnlyWhenThereAreSome) {
 TEST(WhenText, IsTheEpochBeyondTheYearsOfFourDigits) {
     const auto zone = LocalTimeZone::make("UTC");
     EXPECT_EQ(whenText(Date(253'402'300'799), *zone), "9999-12-31 23:59:59");
-    EXPECT_EQ(whenText(Date(253'402'300'800.5), *zone), "@253402300800");
-    EXPECT_EQ(whenText(Date(-62'135'596'801.5), *zone), "@-62135596802");
+    EXPECT_EQ(whenText(Date(253'402'300'800.75), *zone), "@253402300800");
+    EXPECT_EQ(whenText(Date(-62'135'596'801.25), *zone), "@-62135596802");
 }
 
 }  // namespace
