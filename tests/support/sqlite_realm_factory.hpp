@@ -59,7 +59,8 @@ private:
         return realm.value();
     }
 
-    /// A table with the properties of the first object, as an older program left it; with the key alone if there is none.
+    /// A table with the properties of the first object, as an older program left it; with the key alone if there is
+    /// none.
     void writeOld(const OldObjects& old, const RealmConfiguration& configuration) const {
         // A death test's process may have left one.
         std::filesystem::remove(file_);

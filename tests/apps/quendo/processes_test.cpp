@@ -1,0 +1,89 @@
+/// \file
+/// Several programs at a time, and programs that are killed.
+
+#include <chrono>
+#include <fcntl.h>
+#include <random>
+#include <signal.h>
+#include <thread>
+#include <unistd.h>
+
+#include <sys/file.h>
+#include <sys/wait.h>
+
+#include "tests/apps/quendo/program_fixture.hpp"
+
+namespace quendo::testing {
+namespace {
+
+class QuendoProcesses : public QuendoProgram {};
+
+TEST_F(QuendoProcesses, AProgramWaitsFiveSecondsForTheLockAndGivesUp) {
+    add("x");
+    const int lock = open((home_ / "quendo.lock").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    const auto start = std::chrono::steady_clock::now();
+    expectRefusal({"list"}, 3, "another quendo is at work");
+    const auto waited = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(waited, std::chrono::seconds(5));
+    EXPECT_LT(waited, std::chrono::seconds(20));
+    const ProgramResult doctor = run({"doctor"});
+    EXPECT_EQ(doctor.code, 0) << doctor.output;
+    EXPECT_NE(doctor.output.find("another quendo is at work"), std::string::npos);
+    close(lock);
+    EXPECT_EQ(answer({"list"}).size(), 1U);
+}
+
+TEST_F(QuendoProcesses, ADatabaseThatAnotherProgramWritesIsWaitedFor) {
+    add("x");
+    // Holds SQLite's own lock for a second, as another program on the same file would.
+    std::thread other([&] {
+        static_cast<void>(quendokit::testing::runProgram(
+            {"bash", "-c",
+             "(echo 'BEGIN IMMEDIATE;'; sleep 1; echo 'COMMIT;') | sqlite3 '" + database_.string() + "'"}));
+    });
+    EXPECT_EQ(run({"add", "y", "--mac"}).code, 0);
+    other.join();
+    EXPECT_EQ(answer({"list"}).size(), 2U);
+}
+
+TEST_F(QuendoProcesses, TenAtATimeAreAllServed) {
+    std::vector<std::thread> programs;
+    for (int i = 0; i < 10; ++i) {
+        programs.emplace_back([&, i] { EXPECT_EQ(run({"add", std::to_string(i), "--mac"}).code, 0); });
+    }
+    for (std::thread& program : programs) {
+        program.join();
+    }
+    EXPECT_EQ(answer({"list"}).size(), 10U);
+}
+
+TEST_F(QuendoProcesses, AfterAKillAtAnyMomentEveryAcknowledgedReminderIsThere) {
+    std::mt19937 random(4711);
+    std::uniform_int_distribution<useconds_t> untilKill(0, 40'000);
+    std::size_t acknowledged = 0;
+    for (int i = 0; i < 100; ++i) {
+        const pid_t child = fork();
+        if (child == 0) {
+            const std::string title = "kept " + std::to_string(i);
+            const std::string home = "QUENDO_HOME=" + home_.string();
+            const char* const arguments[] = {"quendo", "--quiet", "add", title.c_str(), "--mac", nullptr};
+            const char* const environment[] = {home.c_str(), nullptr};
+            execve(QUENDO_PROGRAM, const_cast<char* const*>(arguments), const_cast<char* const*>(environment));
+            _exit(127);
+        }
+        usleep(untilKill(random));
+        kill(child, SIGKILL);
+        int status = 0;
+        waitpid(child, &status, 0);
+        if (WIFEXITED(status)) {
+            ASSERT_EQ(WEXITSTATUS(status), 0);
+            ++acknowledged;
+        }
+    }
+    EXPECT_GE(answer({"list"}).size(), acknowledged);
+    EXPECT_EQ(run({"doctor"}).code, 0);
+}
+
+}  // namespace
+}  // namespace quendo::testing

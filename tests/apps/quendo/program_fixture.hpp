@@ -1,0 +1,58 @@
+#pragma once
+/// \file
+/// The program `quendo` over a home of its own.
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/support/program.hpp"
+#include "tests/support/temporary_folder.hpp"
+
+namespace quendo::testing {
+
+using quendokit::testing::ProgramResult;
+
+/// The home lies in a temporary folder and does not exist yet; the clocks are those of Berlin.
+class QuendoProgram : public ::testing::Test {
+protected:
+    [[nodiscard]] ProgramResult run(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), QUENDO_PROGRAM);
+        return quendokit::testing::runProgram(arguments, environment_);
+    }
+
+    /// The document that a command answers; it must be done without a word on standard error.
+    nlohmann::json answer(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), "--json");
+        const ProgramResult result = run(arguments);
+        EXPECT_EQ(result.code, 0) << result.errors;
+        EXPECT_EQ(result.errors, "");
+        return nlohmann::json::parse(result.output);
+    }
+
+    /// Adds a reminder for 2050 and answers its identifier.
+    std::string add(const std::string& title) const {
+        return answer({"add", title, "--at", "2050-01-02 18:00"}).at("id").get<std::string>();
+    }
+
+    /// The command must end with this code, without an answer, and with one line that holds `words`.
+    void expectRefusal(const std::vector<std::string>& arguments, int code, const std::string& words) const {
+        const ProgramResult result = run(arguments);
+        EXPECT_EQ(result.code, code) << result.errors;
+        EXPECT_EQ(result.output, "");
+        EXPECT_TRUE(result.errors.starts_with("quendo: ")) << result.errors;
+        EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1) << result.errors;
+        EXPECT_NE(result.errors.find(words), std::string::npos) << result.errors;
+    }
+
+    quendokit::testing::TemporaryFolder folder_;
+    std::filesystem::path home_ = folder_.path() / "home";
+    std::filesystem::path database_ = home_ / "reminders.sqlite";
+    std::map<std::string, std::string> environment_{{"QUENDO_HOME", home_.string()}, {"TZ", "Europe/Berlin"}};
+};
+
+}  // namespace quendo::testing

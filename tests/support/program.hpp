@@ -1,0 +1,24 @@
+#pragma once
+/// \file
+/// Running a program as a person or a script does.
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace quendokit::testing {
+
+/// What a program left behind.
+struct ProgramResult {
+    /// The exit code, or 128 and the signal that ended it.
+    int code;
+    std::string output;
+    std::string errors;
+};
+
+/// Runs `words` (the first is the program, or a name in PATH) with standard input empty and with only `environment`
+/// besides PATH. Waits for its end.
+[[nodiscard]] ProgramResult runProgram(const std::vector<std::string>& words,
+                                       const std::map<std::string, std::string>& environment = {});
+
+}  // namespace quendokit::testing
