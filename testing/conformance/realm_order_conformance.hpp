@@ -19,7 +19,7 @@ TEST_P(RealmConformance, DescendingOrderIsExactlyTheReverse) {
 }
 
 TEST_P(RealmConformance, TextsOrderByTheirBytes) {
-    using namespace std::string_literals;
+    using std::string_literals::operator""s;
     const std::vector<std::string> ascending{"",     "\0"s, "\0\0"s, "\1"s, "A",        "Z",    "a",
                                              "a\0"s, "a\1", "a ",    "ab",  "\xC3\xA4", "\xFF", "\xFF\xFF"};
     std::vector<Specimen> specimens;

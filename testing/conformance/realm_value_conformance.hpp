@@ -11,7 +11,7 @@ namespace quendokit::testing {
 
 /// Texts that a careless database shortens, recodes or confuses.
 inline std::vector<std::string> textsAtTheEdge() {
-    using namespace std::string_literals;
+    using std::string_literals::operator""s;
     std::string everyByte;
     for (int byte = 0; byte < 256; ++byte) {
         everyByte += static_cast<char>(byte);
