@@ -31,18 +31,19 @@ struct Commands {
 void describe(CLI::App& app, Commands& commands) {
     commands.addCommand = app.add_subcommand("add", "store a reminder");
     commands.addCommand->add_option("TITLE", commands.add.title, "what to be reminded of")->required();
-    auto* condition = commands.addCommand->add_option_group("condition");
-    condition->add_option("--at", commands.add.at, whenForms)->type_name("WHEN");
-    condition->add_option("--preset", commands.add.preset, "a named time (not in this version)")->type_name("PRESET");
-    condition->add_flag("--mac", commands.add.mac, "at the next arrival at the Mac");
-    condition->require_option(0, 1);
+    commands.addCommand->add_option("--at", commands.add.at, whenForms)->type_name("WHEN");
+    commands.addCommand->add_option("--preset", commands.add.preset, "a named time (not in this version)")
+        ->type_name("PRESET");
+    commands.addCommand->add_flag("--mac", commands.add.mac, "at the next arrival at the Mac");
 
     commands.listCommand = app.add_subcommand("list", "list the reminders");
     commands.listCommand->add_flag("--mac", commands.list.mac, "those that wait at the Mac");
     commands.listCommand->add_flag("--upcoming", commands.list.upcoming, "those to come");
     commands.listCommand->add_flag("--passed", commands.list.passed, "those passed or seen");
     commands.listCommand->add_flag("--deleted", commands.list.deleted, "also those whose deletion is not sent yet");
-    commands.listCommand->add_option("--limit", commands.list.limit, "at most so many")->type_name("N");
+    commands.listCommand->add_option("--limit", commands.list.limit, "at most so many")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber);
 
     commands.showCommand = app.add_subcommand("show", "show one reminder");
     commands.showCommand->add_option("ID", commands.show.id, "its identifier, or how it begins")->required();
@@ -63,6 +64,11 @@ Failure usageFailure(const CLI::ParseError& error, const std::vector<std::string
         const auto word = std::find_if(arguments.begin(), arguments.end(),
                                        [](const std::string& each) { return !each.starts_with('-'); });
         what = word == arguments.end() ? "no command given" : "there is no command \"" + *word + "\"";
+    }
+    if (error.get_name() == "ArgumentMismatch") {
+        const std::string option = what.substr(0, what.find(':'));
+        const bool tooMany = what.find("At Most") != std::string::npos;
+        what = option + (tooMany ? " is given more than once" : " needs a value");
     }
     return {ExitCode::usage, escapedText(what, 200) + "; see quendo --help"};
 }

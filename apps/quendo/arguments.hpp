@@ -2,7 +2,7 @@
 /// \file
 /// The command line as values.
 
-#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <variant>
@@ -26,8 +26,8 @@ struct ListArguments {
     bool upcoming = false;
     bool passed = false;
     bool deleted = false;
-    /// Absent for no limit.
-    std::optional<std::size_t> limit;
+    /// Not negative; absent for no limit.
+    std::optional<std::int64_t> limit;
 };
 
 struct ShowArguments {

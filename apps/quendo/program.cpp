@@ -72,6 +72,11 @@ public:
         if (auto failure = refuseTitle(arguments.title)) {
             return *std::move(failure);
         }
+        if (static_cast<int>(arguments.at.has_value()) + static_cast<int>(arguments.preset.has_value()) +
+                static_cast<int>(arguments.mac) >
+            1) {
+            return Failure{ExitCode::usage, "--at, --preset and --mac exclude each other; give one of them"};
+        }
         if (arguments.preset || (!arguments.at && !arguments.mac)) {
             return Failure{ExitCode::usage, "presets are not in this version; give --at WHEN or --mac"};
         }
@@ -93,7 +98,10 @@ public:
     }
 
     Outcome<Answer> operator()(const ListArguments& arguments) {
-        ListRequest request{{}, arguments.deleted, arguments.limit};
+        ListRequest request{{}, arguments.deleted, std::nullopt};
+        if (arguments.limit) {
+            request.limit = static_cast<std::size_t>(*arguments.limit);
+        }
         const bool all = !arguments.mac && !arguments.upcoming && !arguments.passed;
         for (const auto& [chosen, list] :
              {std::pair(arguments.mac, ReminderList::mac), std::pair(arguments.upcoming, ReminderList::upcoming),

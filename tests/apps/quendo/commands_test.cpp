@@ -1,9 +1,8 @@
 /// \file
 /// What the commands do and answer.
 
-#include <cstdint>
+#include <cctype>
 #include <fstream>
-#include <set>
 #include <sstream>
 
 #include "tests/apps/quendo/program_fixture.hpp"
@@ -107,16 +106,9 @@ TEST_F(QuendoProgram, DeletingSeveralDeletesAllOrNone) {
 }
 
 TEST_F(QuendoProgram, AnAmbiguousBeginningIsRefused) {
-    // Among 70,000 there must be two that share four characters; among these, stored at once, too.
-    std::set<std::string> beginnings;
-    std::string shared;
-    while (shared.empty()) {
-        const std::string beginning = add("x").substr(0, 1);
-        if (!beginnings.insert(beginning).second) {
-            shared = beginning;
-        }
-    }
-    // Four characters cannot be provoked through the program: made by hand.
+    add("one");
+    add("two");
+    // The engine's identifiers are random: made alike by hand.
     ASSERT_EQ(quendokit::testing::runProgram(
                   {"sqlite3", database_.string(), "UPDATE ReminderItem SET ID = 'ABCD' || substr(ID, 5)"})
                   .code,

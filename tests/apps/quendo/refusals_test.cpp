@@ -49,11 +49,11 @@ TEST_F(QuendoRefusals, WrongUsage) {
     expectRefusal({"add"}, 2, "TITLE is required");
     expectRefusal({"show"}, 2, "ID is required");
     expectRefusal({"delete"}, 2, "ID is required");
-    expectRefusal({"add", "x", "--at"}, 2, "--at");
+    expectRefusal({"add", "x", "--at"}, 2, "--at needs a value");
     expectRefusal({"list", "--limit", "many"}, 2, "--limit");
     expectRefusal({"list", "--limit", "-1"}, 2, "--limit");
-    expectRefusal({"add", "x", "--at", "18:00", "--at", "19:00"}, 2, "--at");
-    expectRefusal({"add", "x", "--at", "18:00", "--mac"}, 2, "--mac");
+    expectRefusal({"add", "x", "--at", "18:00", "--at", "19:00"}, 2, "--at is given more than once");
+    expectRefusal({"add", "x", "--at", "18:00", "--mac"}, 2, "exclude each other");
     expectRefusal({"add", "x", "y", "--mac"}, 2, "y");
     expectRefusal({"--home", "", "list"}, 2, "--home is empty");
     EXPECT_FALSE(fs::exists(home_)) << "what is refused makes nothing";
