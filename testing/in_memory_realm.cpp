@@ -173,7 +173,7 @@ void InMemoryRealm::deleteAll() {
     }
 }
 
-bool InMemoryRealm::visitRows(const Query& query, const RowVisitor& visitor) const {
+void InMemoryRealm::visitRows(const Query& query, const RowVisitor& visitor) const {
     read([&] {
         for (const ValueRow* row : find(query)) {
             if (!visitor(*row)) {
@@ -181,7 +181,6 @@ bool InMemoryRealm::visitRows(const Query& query, const RowVisitor& visitor) con
             }
         }
     });
-    return true;
 }
 
 std::size_t InMemoryRealm::countRows(const Query& query) const {

@@ -35,7 +35,8 @@ public:
     [[nodiscard]] std::optional<Error> write(const std::function<void()>& changes) override;
     void read(const std::function<void()>& reads) const override;
     void deleteAll() override;
-    [[nodiscard]] bool visitRows(const Query& query, const RowVisitor& visitor) const override;
+    void visitRows(const Query& query, const RowVisitor& visitor) const override;
+    [[nodiscard]] bool answersInOrder(const Query&) const override { return true; }
     [[nodiscard]] std::size_t countRows(const Query& query) const override;
     void addRow(const ObjectSchema& schema, const std::function<void(RowWriter&)>& fill, bool update) override;
     void setValues(const ObjectSchema& schema, std::string_view primaryKey,

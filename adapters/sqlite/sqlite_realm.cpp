@@ -157,15 +157,14 @@ void SQLiteRealm::deleteAll() {
     }
 }
 
-bool SQLiteRealm::visitRows(const Query& query, const RowVisitor& visitor) const {
+void SQLiteRealm::visitRows(const Query& query, const RowVisitor& visitor) const {
     const ReadScope scope(readDepth_);
     CompiledQuery ownRoom;
-    const CompiledQuery& plan = compiled(query, ownRoom);
-    for (const QueryBranch& branch : plan.branches) {
+    for (const QueryBranch& branch : compiled(query, ownRoom).branches) {
         const StatementUse statement(*connection_, branch.select);
         if (!statement) {
             report(connection_->lastError());
-            return true;
+            return;
         }
         bindArguments(*statement, branch, query);
         const StatementRow row(*statement);
@@ -177,10 +176,14 @@ bool SQLiteRealm::visitRows(const Query& query, const RowVisitor& visitor) const
             report(connection_->lastError());
         }
         if (step != Step::done) {
-            return plan.ordered;
+            return;
         }
     }
-    return plan.ordered;
+}
+
+bool SQLiteRealm::answersInOrder(const Query& query) const {
+    CompiledQuery ownRoom;
+    return !query.order || compiled(query, ownRoom).ordered;
 }
 
 std::size_t SQLiteRealm::countRows(const Query& query) const {

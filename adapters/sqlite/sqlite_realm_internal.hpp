@@ -25,7 +25,8 @@ public:
     [[nodiscard]] std::optional<Error> write(const std::function<void()>& changes) override;
     void read(const std::function<void()>& reads) const override;
     void deleteAll() override;
-    [[nodiscard]] bool visitRows(const Query& query, const RowVisitor& visitor) const override;
+    void visitRows(const Query& query, const RowVisitor& visitor) const override;
+    [[nodiscard]] bool answersInOrder(const Query& query) const override;
     [[nodiscard]] std::size_t countRows(const Query& query) const override;
 
     /// For measuring what operations cost.

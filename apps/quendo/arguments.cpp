@@ -28,6 +28,12 @@ struct Commands {
     CLI::App* doctorCommand = nullptr;
 };
 
+/// CLI11 takes an empty answer for a yes.
+std::string isCount(const std::string& text) {
+    const bool digits = !text.empty() && text.size() <= 18 && text.find_first_not_of("0123456789") == std::string::npos;
+    return digits ? "" : "\"" + text + "\" is no count";
+}
+
 void describe(CLI::App& app, Commands& commands) {
     commands.addCommand = app.add_subcommand("add", "store a reminder");
     commands.addCommand->add_option("TITLE", commands.add.title, "what to be reminded of")->required();
@@ -41,9 +47,7 @@ void describe(CLI::App& app, Commands& commands) {
     commands.listCommand->add_flag("--upcoming", commands.list.upcoming, "those to come");
     commands.listCommand->add_flag("--passed", commands.list.passed, "those passed or seen");
     commands.listCommand->add_flag("--deleted", commands.list.deleted, "also those whose deletion is not sent yet");
-    commands.listCommand->add_option("--limit", commands.list.limit, "at most so many")
-        ->type_name("N")
-        ->check(CLI::NonNegativeNumber);
+    commands.listCommand->add_option("--limit", commands.list.limit, "at most so many")->type_name("N")->check(isCount);
 
     commands.showCommand = app.add_subcommand("show", "show one reminder");
     commands.showCommand->add_option("ID", commands.show.id, "its identifier, or how it begins")->required();

@@ -20,8 +20,6 @@ using quendokit::ReminderList;
 
 constexpr std::chrono::seconds patience(5);
 
-const std::vector<ReminderList> allLists = {ReminderList::mac, ReminderList::upcoming, ReminderList::remaining};
-
 }  // namespace
 
 /// What went wrong in the database during the current operation: the engine itself reports no errors.
@@ -168,7 +166,10 @@ Outcome<ReminderView> Session::find(const std::string& id, bool includingDeleted
             return *std::move(view);
         }
     }
-    return findReminder(views({allLists, includingDeleted, std::nullopt}), id);
+    return findReminder(
+        views(
+            {{quendokit::allReminderLists.begin(), quendokit::allReminderLists.end()}, includingDeleted, std::nullopt}),
+        id);
 }
 
 }  // namespace quendo

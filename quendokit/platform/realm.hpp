@@ -110,10 +110,12 @@ public:
         return Results<Object>(*this);
     }
 
-    /// For `Results`. Calls `visitor`, inside a `read`, for each row that meets `query` until it answers false. Answers
-    /// whether the rows came in the order asked for; otherwise the caller sorts them. A read that fails ends early, and
-    /// the database's owner is told in the way the implementation offers.
-    [[nodiscard]] virtual bool visitRows(const Query& query, const RowVisitor& visitor) const = 0;
+    /// For `Results`. Calls `visitor`, inside a `read`, for each row that meets `query` until it answers false. A read
+    /// that fails ends early, and the database's owner is told in the way the implementation offers.
+    virtual void visitRows(const Query& query, const RowVisitor& visitor) const = 0;
+    /// For `Results`. Whether `visitRows` hands out the rows in the order that `query` asks for; otherwise the caller
+    /// sorts them. True when it asks for none.
+    [[nodiscard]] virtual bool answersInOrder(const Query& query) const = 0;
     /// For `Results`. 0 after a failure.
     [[nodiscard]] virtual std::size_t countRows(const Query& query) const = 0;
 

@@ -50,24 +50,22 @@ public:
 
     [[nodiscard]] std::vector<Object> toVector() const {
         std::vector<Object> objects;
-        const bool ordered = realm_->visitRows(query_, [&objects](const Row& row) {
+        realm_->visitRows(query_, [&objects](const Row& row) {
             objects.push_back(Object::fromRow(row));
             return true;
         });
-        if (!ordered && query_.order) {
+        if (!realm_->answersInOrder(query_)) {
             sort(objects);
         }
         return objects;
     }
 
     /// Hands each object to `visit`, which answers whether to go on and changes nothing in the database. In no
-    /// particular order when none was asked for, and then without keeping more than one object.
+    /// particular order when none was asked for.
     template <typename Visit>
     void forEach(Visit visit) const {
-        if (!query_.order) {
-            // Without an order every answer is in order.
-            static_cast<void>(
-                realm_->visitRows(query_, [&visit](const Row& row) -> bool { return visit(Object::fromRow(row)); }));
+        if (realm_->answersInOrder(query_)) {
+            realm_->visitRows(query_, [&visit](const Row& row) -> bool { return visit(Object::fromRow(row)); });
             return;
         }
         for (Object& object : toVector()) {
@@ -87,31 +85,49 @@ private:
     static Value toValue(std::string_view value) { return std::string(value); }
     static Value toValue(const char* value) { return std::string(value); }
 
-    /// What cannot be moved cheaply stays where it is until the order of all is known.
+    /// Databases hand out long stretches that are in order already, or in the reverse of it: those are merged.
     void sort(std::vector<Object>& objects) const {
         const std::size_t property = query_.schema->checkedIndexOf(query_.order->property);
         const std::size_t key = query_.schema->primaryKeyIndex();
-        const auto precedes = [&](const Object& left, const Object& right) {
-            if (left.precedes(right, property)) {
-                return true;
-            }
-            return !right.precedes(left, property) && left.precedes(right, key);
+        const bool ascending = query_.order->ascending;
+        const auto precedes = [&](const Object* one, const Object* other) {
+            const Object& left = ascending ? *one : *other;
+            const Object& right = ascending ? *other : *one;
+            return left.precedes(right, property) || (!right.precedes(left, property) && left.precedes(right, key));
         };
         std::vector<Object*> order;
         order.reserve(objects.size());
         for (Object& object : objects) {
             order.push_back(&object);
         }
-        const bool ascending = query_.order->ascending;
-        std::sort(order.begin(), order.end(), [&](const Object* left, const Object* right) {
-            return ascending ? precedes(*left, *right) : precedes(*right, *left);
-        });
+        mergeStretches(order, precedes);
         std::vector<Object> sorted;
         sorted.reserve(objects.size());
         for (Object* object : order) {
             sorted.push_back(std::move(*object));
         }
         objects = std::move(sorted);
+    }
+
+    /// Sorts what consists of few stretches in little more than one pass, and the rest in the usual way.
+    template <typename Precedes>
+    static void mergeStretches(std::vector<Object*>& order, const Precedes& precedes) {
+        constexpr int mostStretches = 8;
+        const auto reversed = [&](const Object* one, const Object* other) { return precedes(other, one); };
+        auto begin = order.begin();
+        for (int stretch = 0; begin != order.end(); ++stretch) {
+            if (stretch == mostStretches) {
+                std::sort(order.begin(), order.end(), precedes);
+                return;
+            }
+            auto end = std::is_sorted_until(begin, order.end(), precedes);
+            if (const auto descendingEnd = std::is_sorted_until(begin, order.end(), reversed); descendingEnd > end) {
+                end = descendingEnd;
+                std::reverse(begin, end);
+            }
+            std::inplace_merge(order.begin(), begin, end, precedes);
+            begin = end;
+        }
     }
 
     const Realm* realm_;

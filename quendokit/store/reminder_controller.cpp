@@ -63,16 +63,18 @@ std::optional<ReminderStruct> ReminderController::reminder(std::string_view id) 
 }
 
 std::vector<ReminderStruct> ReminderController::reminders(bool includingDeleted) const {
-    ReminderItems items = Internal::reminderItems(*this, includingDeleted);
     std::vector<ReminderStruct> reminders;
-    reminders.reserve(items.macReminders.size() + items.upcomingReminders.size() + items.remainingReminders.size());
-    for (auto* list : {&items.macReminders, &items.upcomingReminders, &items.remainingReminders}) {
-        for (ReminderItem& item : *list) {
-            if (auto reminder = makeReminderStruct(std::move(item))) {
-                reminders.push_back(*std::move(reminder));
-            }
+    const Date now = platform::clock().now();
+    realm_->read([&] {
+        for (const auto list : allReminderLists) {
+            resultsOf(list, *realm_, includingDeleted, now).forEach([&](ReminderItem&& item) {
+                if (auto reminder = makeReminderStruct(std::move(item))) {
+                    reminders.push_back(*std::move(reminder));
+                }
+                return true;
+            });
         }
-    }
+    });
     return reminders;
 }
 
@@ -80,7 +82,7 @@ bool ReminderController::hasReminders() const {
     bool found = false;
     const Date now = platform::clock().now();
     realm_->read([&] {
-        for (const auto list : {ReminderList::mac, ReminderList::upcoming, ReminderList::remaining}) {
+        for (const auto list : allReminderLists) {
             resultsOf(list, *realm_, false, now).unsorted().forEach([&](const ReminderItem& item) {
                 found = makeReminderStruct(item).has_value();
                 return !found;

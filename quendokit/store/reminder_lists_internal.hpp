@@ -2,6 +2,7 @@
 /// \file
 /// The one query behind every listing, count and look-up: which record is in which list at a given instant.
 
+#include <array>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -14,6 +15,7 @@ namespace quendokit {
 
 /// The three lists, in their order.
 enum class ReminderList { mac, upcoming, remaining };
+inline constexpr std::array allReminderLists = {ReminderList::mac, ReminderList::upcoming, ReminderList::remaining};
 
 /// The records of the three lists, each in its list's order.
 struct ReminderItems {

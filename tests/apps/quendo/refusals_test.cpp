@@ -50,7 +50,7 @@ TEST_F(QuendoRefusals, WrongUsage) {
     expectRefusal({"show"}, 2, "ID is required");
     expectRefusal({"delete"}, 2, "ID is required");
     expectRefusal({"add", "x", "--at"}, 2, "--at needs a value");
-    expectRefusal({"list", "--limit", "many"}, 2, "--limit");
+    expectRefusal({"list", "--limit", "many"}, 2, "--limit: \"many\" is no count");
     expectRefusal({"list", "--limit", "-1"}, 2, "--limit");
     expectRefusal({"add", "x", "--at", "18:00", "--at", "19:00"}, 2, "--at is given more than once");
     expectRefusal({"add", "x", "--at", "18:00", "--mac"}, 2, "exclude each other");
