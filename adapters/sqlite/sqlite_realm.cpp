@@ -90,10 +90,10 @@ void bindArguments(Statement& statement, const QueryBranch& branch, const Query&
 
 }  // namespace
 
-SQLiteRealm::SQLiteRealm(std::unique_ptr<Connection> connection, std::vector<ObjectSchema> schemas,
+SQLiteRealm::SQLiteRealm(std::unique_ptr<Connection> connection, const std::vector<ObjectSchema>& schemas,
                          std::function<void(const Error&)> onFailure)
     : connection_(std::move(connection)), onFailure_(std::move(onFailure)) {
-    for (ObjectSchema& schema : schemas) {
+    for (const ObjectSchema& schema : schemas) {
         tables_.push_back({.schema = schema,
                            .insert = insertStatement(schema, false),
                            .insertOrUpdate = insertStatement(schema, true),

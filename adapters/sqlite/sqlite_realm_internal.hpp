@@ -18,7 +18,7 @@ namespace quendokit::sqlite {
 /// Made by `openRealm` over a file whose tables are those of the schemas.
 class QUENDOKIT_EXPORT SQLiteRealm final : public Realm {
 public:
-    SQLiteRealm(std::unique_ptr<Connection> connection, std::vector<ObjectSchema> schemas,
+    SQLiteRealm(std::unique_ptr<Connection> connection, const std::vector<ObjectSchema>& schemas,
                 std::function<void(const Error&)> onFailure);
     ~SQLiteRealm() override;
 

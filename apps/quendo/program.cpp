@@ -139,7 +139,9 @@ public:
         });
     }
 
-    Outcome<Answer> operator()(const VersionArguments&) { return Answer{json_ ? json::version() : plain::version()}; }
+    Outcome<Answer> operator()(const VersionArguments&) const {
+        return Answer{json_ ? json::version() : plain::version()};
+    }
 
     Outcome<Answer> operator()(const DoctorArguments&) {
         const Diagnosis diagnosis = examine(folders_);
