@@ -1,8 +1,6 @@
 /// \file
 /// What promises "Any thread.", used by several at once; for ThreadSanitizer to watch.
 
-#include <gtest/gtest.h>
-
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -12,6 +10,8 @@
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "adapters/cctz/local_time_zone.hpp"
 #include "adapters/event_loop/system_clock.hpp"
