@@ -112,8 +112,9 @@ private:
                 return std::to_string(std::get<std::int64_t>(value));
             case PropertyType::text: {
                 std::string hex;
-                for (const unsigned char byte : std::get<std::string>(value)) {
+                for (const char character : std::get<std::string>(value)) {
                     constexpr char digits[] = "0123456789ABCDEF";
+                    const auto byte = static_cast<unsigned char>(character);
                     hex += digits[byte >> 4U];
                     hex += digits[byte & 0xFU];
                 }
