@@ -5,6 +5,7 @@
 
 #include "adapters/sqlite/database_file_internal.hpp"
 #include "adapters/sqlite/migration_internal.hpp"
+#include "adapters/sqlite/parameters_internal.hpp"
 #include "adapters/sqlite/schema_sql_internal.hpp"
 #include "adapters/sqlite/sqlite_error_internal.hpp"
 #include "quendokit/platform/fatal_error.hpp"
@@ -88,19 +89,6 @@ private:
     std::vector<std::pair<std::string, Value>> assigned_;
 };
 
-void bindValue(Statement& statement, int parameter, const Value& value) {
-    switch (typeOf(value)) {
-        case PropertyType::boolean:
-            return statement.bind(parameter, static_cast<std::int64_t>(std::get<bool>(value)));
-        case PropertyType::integer:
-            return statement.bind(parameter, std::get<std::int64_t>(value));
-        case PropertyType::text:
-            return statement.bind(parameter, std::string_view(std::get<std::string>(value)));
-        case PropertyType::date:
-            return statement.bind(parameter, std::get<Date>(value).timeIntervalSince1970());
-    }
-}
-
 Value defaultOf(const Property& property) {
     const Value* value = std::get_if<Value>(&*property.defaultValue);
     return value != nullptr ? *value : Value(platform::clock().now());
@@ -180,12 +168,14 @@ private:
             failure_ = connection_.lastError();
             return;
         }
-        int parameter = 0;
-        for (const auto& [name, value] : assigned) {
-            bindValue(*statement, ++parameter, value);
+        ParameterWriter writer(*statement);
+        for (std::size_t i = 0; i < assigned.size(); ++i) {
+            writer.value(i, assigned[i].second);
         }
-        bindValue(*statement, ++parameter, id);
-        if (statement->step() == Step::failed) {
+        writer.value(assigned.size(), id);
+        if (!writer.allDatesFinite()) {
+            failure_ = notFiniteError(connection_.file());
+        } else if (statement->step() == Step::failed) {
             failure_ = connection_.lastError();
         }
     }
@@ -241,8 +231,9 @@ std::optional<Error> rebuildTable(Connection& connection, const ObjectSchema& sc
     if (!insert) {
         return connection.lastError();
     }
+    ParameterWriter writer(*insert);
     for (std::size_t i = 0; i < defaults.size(); ++i) {
-        bindValue(*insert, static_cast<int>(i) + 1, defaults[i]);
+        writer.value(i, defaults[i]);
     }
     if (insert->step() == Step::failed) {
         const Error error = connection.lastError();

@@ -28,6 +28,10 @@ Error damagedError(const std::string& file, const std::string& what) {
                           file + ": the database is damaged (" + what + "); move it aside and restore a copy");
 }
 
+Error notFiniteError(const std::string& file) {
+    return makeRealmError(RealmErrorCode::invalidValue, file + ": the date is not finite; nothing was changed");
+}
+
 Error systemError(int number, const std::string& file) {
     const std::string why = std::generic_category().message(number);
     switch (number) {

@@ -15,6 +15,9 @@ namespace quendokit::sqlite {
 
 [[nodiscard]] Error damagedError(const std::string& file, const std::string& what);
 
+/// A date that is NaN or endless was to be stored.
+[[nodiscard]] Error notFiniteError(const std::string& file);
+
 /// For `errno` after a call on `file` failed.
 [[nodiscard]] Error systemError(int number, const std::string& file);
 

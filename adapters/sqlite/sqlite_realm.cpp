@@ -1,8 +1,9 @@
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
+#include "adapters/sqlite/parameters_internal.hpp"
 #include "adapters/sqlite/schema_sql_internal.hpp"
+#include "adapters/sqlite/sqlite_error_internal.hpp"
 #include "adapters/sqlite/sqlite_realm_internal.hpp"
 #include "quendokit/platform/fatal_error.hpp"
 
@@ -32,42 +33,6 @@ private:
     const Statement& statement_;
 };
 
-/// Binds properties as parameters in order.
-class ParameterWriter final : public RowWriter {
-public:
-    explicit ParameterWriter(Statement& statement) : statement_(statement) {}
-
-    void boolean(std::size_t property, bool value) override { integer(property, value ? 1 : 0); }
-    void integer(std::size_t property, std::int64_t value) override { statement_.bind(parameter(property), value); }
-    void text(std::size_t property, std::string_view value) override { statement_.bind(parameter(property), value); }
-    void date(std::size_t property, Date value) override {
-        const double seconds = value.timeIntervalSince1970();
-        allDatesFinite_ = allDatesFinite_ && std::isfinite(seconds);
-        statement_.bind(parameter(property), seconds);
-    }
-
-    [[nodiscard]] bool allDatesFinite() const noexcept { return allDatesFinite_; }
-
-private:
-    static int parameter(std::size_t property) { return static_cast<int>(property) + 1; }
-
-    Statement& statement_;
-    bool allDatesFinite_ = true;
-};
-
-void writeValue(RowWriter& writer, std::size_t property, const Value& value) {
-    switch (typeOf(value)) {
-        case PropertyType::boolean:
-            return writer.boolean(property, std::get<bool>(value));
-        case PropertyType::integer:
-            return writer.integer(property, std::get<std::int64_t>(value));
-        case PropertyType::text:
-            return writer.text(property, std::get<std::string>(value));
-        case PropertyType::date:
-            return writer.date(property, std::get<Date>(value));
-    }
-}
-
 /// Counts the reads that are under way, one inside the other.
 class ReadScope {
 public:
@@ -84,7 +49,7 @@ void bindArguments(Statement& statement, const QueryBranch& branch, const Query&
     ParameterWriter writer(statement);
     for (std::size_t i = 0; i < branch.parameters.size(); ++i) {
         const auto [filter, argument] = branch.parameters[i];
-        writeValue(writer, i, query.filters[filter].arguments[argument]);
+        writer.value(i, query.filters[filter].arguments[argument]);
     }
 }
 
@@ -232,7 +197,7 @@ void SQLiteRealm::setValues(const ObjectSchema& schema, std::string_view primary
     change(sql, [&](Statement& statement) {
         ParameterWriter writer(statement);
         for (std::size_t i = 0; i < assignments.size(); ++i) {
-            writeValue(writer, i, assignments[i].value);
+            writer.value(i, assignments[i].value);
         }
         writer.text(assignments.size(), primaryKey);
         return writer.allDatesFinite();
@@ -294,9 +259,7 @@ void SQLiteRealm::change(const std::string& sql, const std::function<bool(Statem
     if (!statement) {
         writeFailure_ = connection_->lastError();
     } else if (!bind(*statement)) {
-        // SQLite would keep NaN as NULL and an infinity as it is; neither is a moment.
-        writeFailure_ = makeRealmError(RealmErrorCode::invalidValue,
-                                       connection_->file() + ": the date is not finite; nothing was changed");
+        writeFailure_ = notFiniteError(connection_->file());
     } else if (statement->step() == Step::failed) {
         writeFailure_ = connection_->lastError();
     }

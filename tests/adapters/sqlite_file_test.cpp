@@ -309,6 +309,18 @@ TEST_F(SQLiteFile, ALockThatAnotherHoldsFailsTheWriteAndTellsSo) {
               world_.file.string() + ": another program is writing; try again when it is done");
 }
 
+TEST_F(SQLiteFile, AFileThatAnotherKeepsForItselfIsLocked) {
+    makeFile();
+    sqlite3* other = nullptr;
+    sqlite3_open(world_.file.c_str(), &other);
+    ASSERT_EQ(sqlite3_exec(other, "PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE; SELECT count(*) FROM ReminderItem",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    EXPECT_TRUE(isRealmError(refusal(), RealmErrorCode::locked));
+    sqlite3_close(other);
+    EXPECT_EQ(countOfReminders(), 3U);
+}
+
 TEST_F(SQLiteFile, AFullDiskAtOpeningIsToldAndLeavesNoHalfFile) {
     ShimFileSystem disk;
     world_.options.fileSystem = ShimFileSystem::name();

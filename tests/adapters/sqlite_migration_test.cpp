@@ -2,6 +2,7 @@
 /// Files of schema versions 0 to 3 become files of version 4: wholly or not at all, and never without a copy.
 
 #include <fstream>
+#include <limits>
 #include <sstream>
 #include <string>
 
@@ -154,6 +155,21 @@ TEST_P(SQLiteMigration, AnOldRowThatBreaksTheRulesIsDamage) {
     EXPECT_TRUE(isRealmError(realm.error(), RealmErrorCode::damaged)) << realm.error().description;
     EXPECT_TRUE(contentsOf(world_.file) == before);
     EXPECT_FALSE(fs::exists(copy())) << "a file that stays as it was needs no copy";
+}
+
+TEST_P(SQLiteMigration, ABlockThatSetsADateThatIsNotFiniteFails) {
+    fs::copy_file(goldenFile(), world_.file);
+    const std::string before = contentsOf(world_.file);
+    auto configuration = QuendoKitConfig();
+    configuration.migrationBlock = [](Migration& migration, std::uint64_t) {
+        migration.enumerateObjects("ReminderItem", [](const MigrationObject&, MigrationObject& item) {
+            item.set("completionDate", Date(std::numeric_limits<double>::infinity()));
+        });
+    };
+    const auto realm = sqlite::openRealm(world_.file, configuration, world_.options);
+    ASSERT_FALSE(realm);
+    EXPECT_TRUE(isRealmError(realm.error(), RealmErrorCode::invalidValue)) << realm.error().description;
+    EXPECT_TRUE(contentsOf(world_.file) == before);
 }
 
 TEST_P(SQLiteMigration, AnEndAtAnyWriteLeavesAFileThatMigratesNextTime) {
