@@ -1,0 +1,37 @@
+#pragma once
+/// \file
+/// `checkProperty`: a statement that holds for random inputs.
+
+#include <iostream>
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+// rapidcheck's glue to GoogleTest needs GoogleTest before it.
+#include <rapidcheck/gtest.h>
+
+namespace quendokit::testing {
+
+/// Runs `property`, a function of generated arguments, on `cases` inputs and fails the test with the smallest input for
+/// which it fails. Prints the seed; RC_PARAMS="seed=N" in the environment runs the same inputs again.
+template <typename Property>
+void checkProperty(int cases, Property&& property) {
+    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    rc::detail::TestMetadata metadata;
+    metadata.id = std::string(test->test_suite_name()) + "/" + test->name();
+    metadata.description = test->name();
+
+    rc::detail::TestParams parameters = rc::detail::configuration().testParams;
+    parameters.maxSuccess = cases;
+    std::cout << metadata.id << ": seed " << parameters.seed << "\n";
+
+    const auto result = rc::detail::checkTestable(std::forward<Property>(property), metadata, parameters);
+    if (!result.template is<rc::detail::SuccessResult>()) {
+        std::ostringstream message;
+        rc::detail::printResultMessage(result, message);
+        FAIL() << "seed " << parameters.seed << ": " << message.str();
+    }
+}
+
+}  // namespace quendokit::testing
