@@ -146,7 +146,8 @@ Result<std::string> Connection::text(std::string_view sql) {
 }
 
 Result<bool> Connection::hasTable(std::string_view name) {
-    const auto statement = prepare("SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name = ?1", false);
+    const auto statement = prepare(
+        "SELECT count(*) FROM sqlite_schema WHERE type IN ('table', 'view') AND name = ?1 COLLATE NOCASE", false);
     if (!statement) {
         return lastError();
     }

@@ -92,6 +92,7 @@ public:
     [[nodiscard]] Result<std::int64_t> integer(std::string_view sql);
     [[nodiscard]] Result<std::string> text(std::string_view sql);
 
+    /// A table or view of that name; SQLite does not tell names apart by case.
     [[nodiscard]] Result<bool> hasTable(std::string_view name);
 
     [[nodiscard]] bool inTransaction() const;

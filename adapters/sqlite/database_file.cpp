@@ -20,7 +20,8 @@ constexpr mode_t ownerOnlyFolder = 0700;
 constexpr mode_t otherUsers = 0077;
 
 std::optional<Error> makeFolder(const std::filesystem::path& folder) {
-    if (folder.empty() || std::filesystem::is_directory(folder)) {
+    std::error_code unknown;
+    if (folder.empty() || std::filesystem::is_directory(folder, unknown)) {
         return std::nullopt;
     }
     if (auto failure = makeFolder(folder.parent_path())) {
@@ -77,10 +78,13 @@ std::optional<Error> prepareFile(const std::filesystem::path& file) {
         // Another process may have been faster; its file is as good.
         return lstat(file.c_str(), &status) == 0 ? std::nullopt : failure;
     }
-    if (auto failure = refuseForeignFile(file)) {
-        return failure;
-    }
-    if ((status.st_mode & otherUsers) != 0 && chmod(file.c_str(), ownerOnlyFile) != 0) {
+    return refuseForeignFile(file);
+}
+
+std::optional<Error> closeToOthers(const std::filesystem::path& file) {
+    struct stat status{};
+    const bool isOpen = lstat(file.c_str(), &status) == 0 && (status.st_mode & otherUsers) != 0;
+    if (isOpen && chmod(file.c_str(), ownerOnlyFile) != 0) {
         return systemError(errno, file.string());
     }
     return std::nullopt;

@@ -13,8 +13,11 @@ namespace quendokit::sqlite {
 /// also when there is no file.
 [[nodiscard]] std::optional<Error> refuseForeignFile(const std::filesystem::path& file);
 
-/// Makes the file (0600) and its folder (0700) when there is none; takes away other users' rights to an existing file.
+/// Makes the file (0600) and its folder (0700) when there is none; refuses a foreign one.
 [[nodiscard]] std::optional<Error> prepareFile(const std::filesystem::path& file);
+
+/// Takes away other users' rights to the file.
+[[nodiscard]] std::optional<Error> closeToOthers(const std::filesystem::path& file);
 
 /// Makes an empty file (0600) that must not exist yet.
 [[nodiscard]] std::optional<Error> createFile(const std::filesystem::path& file);

@@ -198,7 +198,7 @@ std::vector<std::string> columnsOf(Connection& connection, const std::string& ta
     return columns;
 }
 
-std::optional<Error> rebuildTable(Connection& connection, const ObjectSchema& schema) {
+std::optional<Error> rebuildTable(Connection& connection, const ObjectSchema& schema, std::uint64_t oldVersion) {
     auto wasThere = connection.hasTable(schema.className);
     if (!wasThere) {
         return wasThere.error();
@@ -214,7 +214,7 @@ std::optional<Error> rebuildTable(Connection& connection, const ObjectSchema& sc
         sources += sources.empty() ? "" : ", ";
         if (std::find(oldColumns.begin(), oldColumns.end(), property.name) != oldColumns.end()) {
             sources += quotedName(property.name);
-        } else if (property.defaultValue) {
+        } else if (property.defaultValue && !(property.since && *property.since <= oldVersion)) {
             defaults.push_back(defaultOf(property));
             sources += "?" + std::to_string(defaults.size());
         } else {
@@ -248,7 +248,8 @@ std::optional<Error> rebuildTable(Connection& connection, const ObjectSchema& sc
 /// A name that no file has.
 std::filesystem::path freeName(const std::filesystem::path& file, const std::string& suffix) {
     std::filesystem::path name = file.string() + suffix;
-    for (int i = 2; std::filesystem::exists(std::filesystem::symlink_status(name)); ++i) {
+    std::error_code unknown;
+    for (int i = 2; std::filesystem::exists(std::filesystem::symlink_status(name, unknown)); ++i) {
         name = file.string() + suffix + "-" + std::to_string(i);
     }
     return name;
@@ -309,7 +310,7 @@ Result<std::filesystem::path> backUp(const std::filesystem::path& file, std::int
 std::optional<Error> rebuildTables(Connection& connection, const RealmConfiguration& configuration,
                                    std::uint64_t oldVersion) {
     for (const ObjectSchema& schema : configuration.objectSchemas) {
-        if (auto failure = rebuildTable(connection, schema)) {
+        if (auto failure = rebuildTable(connection, schema, oldVersion)) {
             return failure;
         }
     }

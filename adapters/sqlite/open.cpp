@@ -35,6 +35,8 @@ Result<std::unique_ptr<Connection>> connect(const std::filesystem::path& file, c
     sqlite3_busy_timeout(handle, static_cast<int>(options.busyTimeout.count()));
     sqlite3_db_config(handle, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
     // Until the file is known to be ours, closing it must leave it as it is, and a log that it came with too.
     sqlite3_db_config(handle, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, hasLog ? 1 : 0, nullptr);
     if (auto failure = connection->execute("PRAGMA cell_size_check = ON; PRAGMA synchronous = FULL")) {
@@ -127,6 +129,12 @@ std::optional<Error> checkTable(Connection& connection, const ObjectSchema& sche
         return damagedError(connection.file(),
                             "table " + schema.className + " has an unknown column " + columns.begin()->first);
     }
+    // Without its checks the table could hold values that lists and look-ups take differently.
+    auto definition =
+        connection.text("SELECT sql FROM sqlite_schema WHERE type = 'table' AND name = '" + schema.className + "'");
+    if (!definition || definition.value() != createTable(schema)) {
+        return damagedError(connection.file(), "table " + schema.className + " is not as this program makes it");
+    }
     return std::nullopt;
 }
 
@@ -135,20 +143,71 @@ std::string setVersion(const RealmConfiguration& configuration) {
            "; PRAGMA user_version = " + std::to_string(configuration.schemaVersion);
 }
 
-std::optional<Error> makeTables(Connection& connection, const RealmConfiguration& configuration) {
+/// The statements that turn the indices of a class's table into those that its hints ask for; empty when they are.
+Result<std::string> indexChanges(Connection& connection, const ObjectSchema& schema) {
+    const auto statement = connection.prepare(
+        "SELECT name, sql FROM sqlite_schema WHERE type = 'index' AND tbl_name = ?1 AND sql IS NOT NULL", false);
+    if (!statement) {
+        return connection.lastError();
+    }
+    statement->bind(1, std::string_view(schema.className));
+    std::map<std::string, std::string> present;
+    Step step = statement->step();
+    for (; step == Step::row; step = statement->step()) {
+        present.emplace(statement->text(0), statement->text(1));
+    }
+    if (step == Step::failed) {
+        return connection.lastError();
+    }
+    std::string create;
+    for (const IndexSQL& index : createIndices(schema)) {
+        const auto found = present.find(index.name);
+        if (found != present.end() && found->second == index.create) {
+            present.erase(found);
+        } else {
+            create += index.create + ";";
+        }
+    }
+    std::string drop;
+    for (const auto& [name, sql] : present) {
+        drop += "DROP INDEX " + quotedName(name) + ";";
+    }
+    return drop + create;
+}
+
+/// For use inside a transaction.
+std::optional<Error> changeIndices(Connection& connection, const ObjectSchema& schema) {
+    auto changes = indexChanges(connection, schema);
+    if (!changes) {
+        return changes.error();
+    }
+    return connection.execute(changes.value());
+}
+
+/// For use inside a transaction, as its last step.
+std::optional<Error> finishTables(Connection& connection, const RealmConfiguration& configuration) {
     for (const ObjectSchema& schema : configuration.objectSchemas) {
-        if (auto failure = connection.execute(createTable(schema))) {
+        if (auto failure = changeIndices(connection, schema)) {
             return failure;
         }
     }
     return connection.execute(setVersion(configuration));
 }
 
+std::optional<Error> makeTables(Connection& connection, const RealmConfiguration& configuration) {
+    for (const ObjectSchema& schema : configuration.objectSchemas) {
+        if (auto failure = connection.execute(createTable(schema))) {
+            return failure;
+        }
+    }
+    return finishTables(connection, configuration);
+}
+
 std::optional<Error> migrate(Connection& connection, const RealmConfiguration& configuration, std::int64_t oldVersion) {
     if (auto failure = rebuildTables(connection, configuration, static_cast<std::uint64_t>(oldVersion))) {
         return failure;
     }
-    return connection.execute(setVersion(configuration));
+    return finishTables(connection, configuration);
 }
 
 /// Makes the tables of a new file, or copies one of an older version and migrates it; all in one transaction.
@@ -189,38 +248,6 @@ std::optional<Error> bringUpToDate(Connection& connection, const RealmConfigurat
     return failure;
 }
 
-/// The statements that turn the indices of a class's table into those that its hints ask for; empty when they are.
-Result<std::string> indexChanges(Connection& connection, const ObjectSchema& schema) {
-    const auto statement = connection.prepare(
-        "SELECT name, sql FROM sqlite_schema WHERE type = 'index' AND tbl_name = ?1 AND sql IS NOT NULL", false);
-    if (!statement) {
-        return connection.lastError();
-    }
-    statement->bind(1, std::string_view(schema.className));
-    std::map<std::string, std::string> present;
-    Step step = statement->step();
-    for (; step == Step::row; step = statement->step()) {
-        present.emplace(statement->text(0), statement->text(1));
-    }
-    if (step == Step::failed) {
-        return connection.lastError();
-    }
-    std::string create;
-    for (const IndexSQL& index : createIndices(schema)) {
-        const auto found = present.find(index.name);
-        if (found != present.end() && found->second == index.create) {
-            present.erase(found);
-        } else {
-            create += index.create + ";";
-        }
-    }
-    std::string drop;
-    for (const auto& [name, sql] : present) {
-        drop += "DROP INDEX " + quotedName(name) + ";";
-    }
-    return drop + create;
-}
-
 std::optional<Error> adjustIndices(Connection& connection, const ObjectSchema& schema) {
     auto changes = indexChanges(connection, schema);
     if (!changes) {
@@ -234,11 +261,7 @@ std::optional<Error> adjustIndices(Connection& connection, const ObjectSchema& s
         return failure;
     }
     // Another process may have done the same since this one looked.
-    changes = indexChanges(connection, schema);
-    if (!changes) {
-        return changes.error();
-    }
-    if (auto failure = connection.execute(changes.value())) {
+    if (auto failure = changeIndices(connection, schema)) {
         return failure;
     }
     return transaction.commit();
@@ -303,6 +326,9 @@ Result<std::shared_ptr<SQLiteRealm>> openRealm(const std::filesystem::path& file
         return connection.error();
     }
     if (auto failure = setUp(*connection.value(), file, configuration, options)) {
+        return *std::move(failure);
+    }
+    if (auto failure = closeToOthers(file)) {
         return *std::move(failure);
     }
     return std::make_shared<SQLiteRealm>(std::move(connection).value(), configuration.objectSchemas, options.onFailure);

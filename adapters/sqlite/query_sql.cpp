@@ -113,6 +113,7 @@ std::string compilationKey(const Query& query) {
     for (const QueryFilter& filter : query.filters) {
         key += '\x1F';
         key += filter.format;
+        key += '\x1E';
         for (const Value& argument : filter.arguments) {
             key += static_cast<char>('0' + argument.index());
             if (const bool* boolean = std::get_if<bool>(&argument)) {

@@ -123,12 +123,22 @@ void SQLiteRealm::deleteAll() {
 }
 
 void SQLiteRealm::visitRows(const Query& query, const RowVisitor& visitor) const {
-    const ReadScope scope(readDepth_);
     CompiledQuery ownRoom;
-    for (const QueryBranch& branch : compiled(query, ownRoom).branches) {
+    const CompiledQuery& plan = compiled(query, ownRoom);
+    if (plan.branches.size() > 1 && readDepth_ == 0) {
+        // Several statements, one state of the database.
+        read([&] { visitBranches(plan, query, visitor); });
+    } else {
+        visitBranches(plan, query, visitor);
+    }
+}
+
+void SQLiteRealm::visitBranches(const CompiledQuery& plan, const Query& query, const RowVisitor& visitor) const {
+    const ReadScope scope(readDepth_);
+    for (const QueryBranch& branch : plan.branches) {
         const StatementUse statement(*connection_, branch.select);
         if (!statement) {
-            report(connection_->lastError());
+            failRead();
             return;
         }
         bindArguments(*statement, branch, query);
@@ -138,7 +148,7 @@ void SQLiteRealm::visitRows(const Query& query, const RowVisitor& visitor) const
             step = statement->step();
         }
         if (step == Step::failed) {
-            report(connection_->lastError());
+            failRead();
         }
         if (step != Step::done) {
             return;
@@ -153,20 +163,22 @@ bool SQLiteRealm::answersInOrder(const Query& query) const {
 
 std::size_t SQLiteRealm::countRows(const Query& query) const {
     CompiledQuery ownRoom;
+    const CompiledQuery& plan = compiled(query, ownRoom);
     std::size_t count = 0;
-    for (const QueryBranch& branch : compiled(query, ownRoom).branches) {
-        const StatementUse statement(*connection_, branch.count);
-        if (!statement) {
-            report(connection_->lastError());
-            return 0;
+    read([&] {
+        for (const QueryBranch& branch : plan.branches) {
+            const StatementUse statement(*connection_, branch.count);
+            if (statement) {
+                bindArguments(*statement, branch, query);
+            }
+            if (!statement || statement->step() != Step::row) {
+                failRead();
+                count = 0;
+                return;
+            }
+            count += static_cast<std::size_t>(statement->integer(0));
         }
-        bindArguments(*statement, branch, query);
-        if (statement->step() != Step::row) {
-            report(connection_->lastError());
-            return 0;
-        }
-        count += static_cast<std::size_t>(statement->integer(0));
-    }
+    });
     return count;
 }
 
@@ -255,6 +267,12 @@ void SQLiteRealm::change(const std::string& sql, const std::function<bool(Statem
     if (writeFailure_) {
         return;
     }
+    if (!connection_->inTransaction()) {
+        // SQLite has rolled back by itself; what came now would be durable alone.
+        writeFailure_ =
+            makeRealmError(RealmErrorCode::unavailable, connection_->file() + ": the write was lost; try again");
+        return;
+    }
     const StatementUse statement(*connection_, sql);
     if (!statement) {
         writeFailure_ = connection_->lastError();
@@ -262,6 +280,15 @@ void SQLiteRealm::change(const std::string& sql, const std::function<bool(Statem
         writeFailure_ = notFiniteError(connection_->file());
     } else if (statement->step() == Step::failed) {
         writeFailure_ = connection_->lastError();
+    }
+}
+
+void SQLiteRealm::failRead() const {
+    const Error error = connection_->lastError();
+    if (!writing_) {
+        report(error);
+    } else if (!writeFailure_) {
+        writeFailure_ = error;
     }
 }
 

@@ -49,6 +49,7 @@ private:
     };
 
     [[nodiscard]] const Table& tableOf(const ObjectSchema& schema) const;
+    void visitBranches(const CompiledQuery& plan, const Query& query, const RowVisitor& visitor) const;
     [[nodiscard]] const CompiledQuery& compiled(const Query& query, CompiledQuery& ownRoom) const;
     /// Whether the transaction goes on. Fatal outside one.
     [[nodiscard]] bool mayChange() const;
@@ -56,12 +57,15 @@ private:
     void change(const std::string& sql, const std::function<bool(Statement&)>& bind);
     [[nodiscard]] std::optional<Error> writeUnreported(const std::function<void()>& changes);
     void report(const Error& error) const;
+    /// A read has just failed; inside a write that fails it as a whole, since its changes may rest on what was read.
+    void failRead() const;
 
     const std::unique_ptr<Connection> connection_;
     const std::function<void(const Error&)> onFailure_;
     std::vector<Table> tables_;
     mutable std::unordered_map<std::string, CompiledQuery> compiledQueries_;
-    std::optional<Error> writeFailure_;
+    /// Why the transaction under way will fail.
+    mutable std::optional<Error> writeFailure_;
     bool writing_ = false;
     mutable int readDepth_ = 0;
 };

@@ -69,6 +69,9 @@ Failure usageFailure(const CLI::ParseError& error, const std::vector<std::string
                                        [](const std::string& each) { return !each.starts_with('-'); });
         what = word == arguments.end() ? "no command given" : "there is no command \"" + *word + "\"";
     }
+    if (error.get_name() == "ExtrasError") {
+        what = "\"" + what.substr(what.rfind(' ') + 1) + "\" was not expected";
+    }
     if (error.get_name() == "ArgumentMismatch") {
         const std::string option = what.substr(0, what.find(':'));
         const bool tooMany = what.find("At Most") != std::string::npos;

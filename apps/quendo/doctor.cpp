@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <optional>
+#include <string_view>
 #include <unistd.h>
 
 #include <sys/stat.h>
@@ -14,7 +15,18 @@
 namespace quendo {
 namespace {
 
+using quendokit::LocalTimeZone;
+
 constexpr mode_t otherUsers = 0077;
+
+/// The folder itself, or of those above it the first that exists.
+std::filesystem::path existing(std::filesystem::path folder) {
+    std::error_code unknown;
+    while (!std::filesystem::exists(folder, unknown) && folder.has_relative_path()) {
+        folder = folder.parent_path();
+    }
+    return folder.empty() ? "." : folder;
+}
 
 /// What is wrong with who may use a file or folder; absent when nothing is, or when it does not exist.
 std::optional<std::string> flawOf(const std::filesystem::path& path) {
@@ -24,7 +36,7 @@ std::optional<std::string> flawOf(const std::filesystem::path& path) {
     }
     const std::string name = path.string();
     if (S_ISLNK(status.st_mode)) {
-        return std::nullopt;
+        return name + " is a symbolic link; put the file itself there";
     }
     if (status.st_uid != geteuid()) {
         return name + " belongs to another user; make it yours: sudo chown " + std::to_string(geteuid()) + " '" + name +
@@ -47,6 +59,17 @@ Finding accessFinding(const std::string& check, const std::vector<std::filesyste
         }
     }
     return {check, true, paths.front().string()};
+}
+
+Finding foldersFinding(const Folders& folders) {
+    for (const auto& folder : {folders.data, folders.config, folders.state}) {
+        const auto place = existing(folder);
+        if (place != folder && euidaccess(place.c_str(), W_OK | X_OK) != 0) {
+            return {"folders", false,
+                    folder.string() + " cannot be made in " + place.string() + "; name another folder with --home DIR"};
+        }
+    }
+    return accessFinding("folders", {folders.data, folders.config, folders.state});
 }
 
 Finding lockFinding(const Folders& folders) {
@@ -75,9 +98,16 @@ Finding databaseFinding(const Folders& folders, ExitCode& code) {
 }
 
 Finding zoneFinding() {
-    const char* named = std::getenv("TZ");
-    const auto zone = quendokit::LocalTimeZone::current();
-    return {"time zone", true, zone->name() + (named != nullptr ? " (from TZ)" : "")};
+    const char* variable = std::getenv("TZ");
+    std::string_view named = variable != nullptr ? variable : "";
+    named.remove_prefix(named.starts_with(':') ? 1 : 0);
+    const std::string taken = LocalTimeZone::current()->name();
+    if (!named.empty() && taken == "UTC" && named != taken) {
+        return {"time zone", false,
+                "TZ is \"" + std::string(named) +
+                    "\", which is no zone, and UTC is taken; set it to a name as Europe/Berlin"};
+    }
+    return {"time zone", true, taken + (named.empty() ? "" : " (from TZ)")};
 }
 
 }  // namespace
@@ -85,7 +115,7 @@ Finding zoneFinding() {
 Diagnosis examine(const Folders& folders) {
     const auto database = folders.database();
     Diagnosis diagnosis{{}, ExitCode::done};
-    diagnosis.findings.push_back(accessFinding("folders", {folders.data, folders.config, folders.state}));
+    diagnosis.findings.push_back(foldersFinding(folders));
     diagnosis.findings.push_back(accessFinding(
         "files", {database, database.string() + "-wal", database.string() + "-shm", folders.lock(), folders.log()}));
     diagnosis.findings.push_back(lockFinding(folders));

@@ -17,7 +17,9 @@ constexpr off_t mostBytes = off_t{1} << 20;
 
 void LogFile::writeLine(std::string_view line) {
     const std::lock_guard guard(mutex_);
-    const int descriptor = open(file_.c_str(), O_CREAT | O_WRONLY | O_APPEND | O_NOFOLLOW | O_CLOEXEC, ownerOnly);
+    // Not waiting: in the place of the log may be a pipe that nobody reads.
+    const int descriptor =
+        open(file_.c_str(), O_CREAT | O_WRONLY | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, ownerOnly);
     if (descriptor < 0) {
         return;
     }

@@ -44,8 +44,8 @@ std::optional<Failure> refuseTitle(const std::string& title) {
     return std::nullopt;
 }
 
-/// The moment that WHEN means, if a reminder can be for it.
-Outcome<Date> momentOf(const std::string& text, const LocalTimeZone& zone) {
+/// The moment that WHEN means, if a reminder can be for it. Warns, unless `quiet`, when the clocks skip it.
+Outcome<Date> momentOf(const std::string& text, const LocalTimeZone& zone, bool quiet) {
     const Date now = quendokit::SystemClock().now();
     auto when = parseWhen(text, now, zone);
     if (!when) {
@@ -56,7 +56,7 @@ Outcome<Date> momentOf(const std::string& text, const LocalTimeZone& zone) {
         return Failure{ExitCode::usage, "\"" + escapedText(text, 80) + "\" is not to come: it was " +
                                             whenText(date, zone) + "; give a moment after now"};
     }
-    if (when.value().kind == LocalTimeKind::skipped) {
+    if (when.value().kind == LocalTimeKind::skipped && !quiet) {
         warn("the clocks skip \"" + escapedText(text, 80) + "\"; taken is the first moment after it, " +
              whenText(date, zone));
     }
@@ -66,7 +66,7 @@ Outcome<Date> momentOf(const std::string& text, const LocalTimeZone& zone) {
 /// One command after the other, each with the folders and the zone that all share.
 class Program {
 public:
-    Program(Folders folders, bool json) : folders_(std::move(folders)), json_(json) {}
+    Program(Folders folders, bool json, bool quiet) : folders_(std::move(folders)), json_(json), quiet_(quiet) {}
 
     Outcome<Answer> operator()(const AddArguments& arguments) {
         if (auto failure = refuseTitle(arguments.title)) {
@@ -82,7 +82,7 @@ public:
         }
         auto condition = ReminderCondition::device(quendokit::DeviceType::mac);
         if (arguments.at) {
-            auto moment = momentOf(*arguments.at, *zone_);
+            auto moment = momentOf(*arguments.at, *zone_, quiet_);
             if (!moment) {
                 return moment.failure();
             }
@@ -160,6 +160,7 @@ private:
 
     const Folders folders_;
     const bool json_;
+    const bool quiet_;
     const std::shared_ptr<const LocalTimeZone> zone_ = LocalTimeZone::current();
 };
 
@@ -192,7 +193,7 @@ int run(std::vector<std::string> arguments) {
     if (!folders) {
         return fail(folders.failure());
     }
-    auto result = std::visit(Program(std::move(folders).value(), known.json), known.command);
+    auto result = std::visit(Program(std::move(folders).value(), known.json, known.quiet), known.command);
     if (!result) {
         return fail(result.failure());
     }

@@ -132,11 +132,17 @@ Outcome<std::vector<ReminderView>> Session::delete_(const std::vector<std::strin
             chosen.push_back(std::move(found).value());
         }
     }
+    std::size_t done = 0;
     for (const ReminderView& each : chosen) {
         controller_->delete_(quendokit::ReminderStruct(each.id, each.title, each.shown, each.condition));
         if (auto failure = record_->takeFailure()) {
+            if (done > 0) {
+                failure->line +=
+                    " (" + std::to_string(done) + " of " + std::to_string(chosen.size()) + " were deleted before)";
+            }
             return *std::move(failure);
         }
+        ++done;
     }
     return chosen;
 }

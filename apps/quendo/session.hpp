@@ -29,7 +29,7 @@ struct ListRequest {
 };
 
 /// An open store of reminders: holds the lock and the database, and installs the engine's services, for its lifetime.
-/// One thread. Every operation fails as a whole when the database does.
+/// One thread.
 class Session {
 public:
     [[nodiscard]] static Outcome<std::unique_ptr<Session>> open(const Folders& folders);
@@ -45,6 +45,7 @@ public:
     [[nodiscard]] Outcome<ReminderView> show(const std::string& id);
 
     /// Deletes all of them, or none when one of the identifiers fits no reminder or several. Answers them as they were.
+    /// Each is a write of its own: when the database fails, the failure says how many are deleted.
     [[nodiscard]] Outcome<std::vector<ReminderView>> delete_(const std::vector<std::string>& ids);
 
 private:

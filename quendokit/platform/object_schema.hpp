@@ -38,6 +38,9 @@ struct Property {
     /// What an object holds that was not given a value, and what a record from before this property gets in a
     /// migration. Absent for a property that must be given.
     std::optional<std::variant<Value, CurrentInstant>> defaultValue;
+    /// The first schema version whose records have it. A record of that version or a later one without it is damaged;
+    /// absent when any older record may lack it.
+    std::optional<std::uint64_t> since = std::nullopt;
 };
 
 /// A wish for an index. A database may ignore it: hints change what a query costs, never what it answers.

@@ -62,9 +62,9 @@ public:
 
     /// Runs `changes` as one transaction. On success everything in it is durable when this returns. On failure nothing
     /// of it happened, and the error says why; `changes` has not run at all when the transaction could not begin. A
-    /// change that fails makes the rest of the transaction's changes idle and the whole fail at its end. A transaction
-    /// without changes costs no disk write. Inside another `write` or a `read` it fails (`RealmErrorCode::nested`)
-    /// without touching either.
+    /// change or a read that fails makes the transaction's further changes idle and the whole fail at its end. A
+    /// transaction without changes costs no disk write. Inside another `write` or a `read` it fails
+    /// (`RealmErrorCode::nested`) without touching either.
     [[nodiscard]] virtual std::optional<Error> write(const std::function<void()>& changes) = 0;
 
     /// Runs `reads` over one unchanging state of the database. Inside a `write` or another `read` it just runs them. A

@@ -9,6 +9,13 @@
 
 namespace quendokit::testing {
 
+TEST_P(RealmConformance, QueriesWhoseTextsRunIntoTheirArgumentsAreToldApart) {
+    store({{.key = "a", .order = 6}, {.key = "b", .order = 15}, {.key = "c", .order = 52}});
+    const auto all = realm->objects<Specimen>();
+    EXPECT_EQ(sortedKeys(all.filter("order != %@ AND order > 5", 15)), (Keys{"a", "c"}));
+    EXPECT_EQ(sortedKeys(all.filter("order != %@ AND order > 51", 5)), (Keys{"c"}));
+}
+
 TEST_P(RealmConformance, IntegersCompareByEachOperator) {
     store({{.key = "a", .order = -3}, {.key = "b", .order = 0}, {.key = "c", .order = 7}});
     EXPECT_EQ(keysWhere("order = 0"), Keys{"b"});

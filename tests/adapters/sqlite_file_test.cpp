@@ -365,6 +365,102 @@ TEST_F(SQLiteFile, AWriteThatCannotBeMadeDurableFails) {
     disk.setSyncsFailing(false);
 }
 
+TEST_F(SQLiteFile, AReadThatFailsInsideAWriteFailsTheWholeWrite) {
+    ShimFileSystem disk;
+    world_.options.fileSystem = ShimFileSystem::name();
+    std::vector<std::string> ids;
+    {
+        const auto realm = world_.open().value();
+        ASSERT_FALSE(realm->write([&] {
+            for (int i = 0; i < 400; ++i) {
+                ReminderItem item("Reminder", ReminderCondition::dateTime(Date(2e9 + i)), std::nullopt, false);
+                item.deleted = true;
+                ids.push_back(item.ID);
+                realm->add(item, true);
+            }
+        }));
+    }
+    const auto realm = world_.open().value();
+    const auto scheduler = std::make_shared<RecordingScheduler>();
+    const auto controller = ReminderController::create(scheduler, realm);
+    // Opening has read every page; what is read now must come from the disk.
+    sqlite3_db_release_memory(realm->connection().handle());
+    disk.setReadsFailing(true);
+    controller->store(ReminderStruct(ids[200], "revived", false, ReminderCondition::dateTime(Date(2e9))));
+    const auto failure = realm->write([&] {
+        realm->add(ReminderItem("before", ReminderCondition::device(DeviceType::mac), {}, false), true);
+        static_cast<void>(realm->objects<ReminderItem>().filter("ID = %@", ids[300]).count());
+        realm->add(ReminderItem("after", ReminderCondition::device(DeviceType::mac), {}, false), true);
+    });
+    disk.setReadsFailing(false);
+    EXPECT_TRUE(scheduler->scheduled().empty());
+    EXPECT_TRUE(failure && isRealmError(*failure, RealmErrorCode::unavailable));
+    EXPECT_EQ(realm->objects<ReminderItem>().count(), 400U);
+    EXPECT_EQ(realm->objects<ReminderItem>().filter("deleted = true").count(), 400U);
+    ASSERT_EQ(world_.failures.size(), 2U);
+    EXPECT_TRUE(isRealmError(world_.failures[0], RealmErrorCode::unavailable)) << world_.failures[0].description;
+}
+
+TEST_F(SQLiteFile, AQueryOfSeveralStatementsSeesOneState) {
+    const auto realm = world_.open().value();
+    const auto other = world_.open().value();
+    const auto add = [&](const char* id, bool shown, bool deleted) {
+        ReminderItem item(id, ReminderCondition::device(DeviceType::mac), id, shown);
+        item.deleted = deleted;
+        realm->add(item, true);
+    };
+    ASSERT_FALSE(realm->write([&] {
+        add("first", true, false);
+        add("moving", false, true);
+    }));
+    std::vector<std::string> seen;
+    realm->objects<ReminderItem>().filter("shown = true OR deleted = true").forEach([&](const ReminderItem& item) {
+        seen.push_back(item.ID);
+        // Moves from one side of the OR to the other.
+        EXPECT_FALSE(other->write([&] { other->set<ReminderItem>("moving", {{"shown", true}, {"deleted", false}}); }));
+        return true;
+    });
+    EXPECT_EQ(seen, (std::vector<std::string>{"first", "moving"}));
+}
+
+TEST_F(SQLiteFile, ATableWithoutItsChecksIsDamage) {
+    makeFile();
+    ASSERT_TRUE(runSQL(world_.file,
+                       "DROP TABLE ReminderItem; CREATE TABLE ReminderItem (ID TEXT NOT NULL PRIMARY KEY, title TEXT "
+                       "NOT NULL, deleted INTEGER NOT NULL, shown INTEGER NOT NULL, completionDate REAL NOT NULL, "
+                       "pending INTEGER NOT NULL, _device INTEGER NOT NULL, _datetime REAL NOT NULL) STRICT"));
+    expectDamaged("table ReminderItem is not as this program makes it");
+}
+
+TEST_F(SQLiteFile, ATriggerOfAnotherProgramDoesNotRun) {
+    makeFile(0);
+    ASSERT_TRUE(
+        runSQL(world_.file,
+               "CREATE TRIGGER meddle AFTER INSERT ON ReminderItem BEGIN UPDATE ReminderItem SET title = 'x'; END"));
+    makeFile(1);
+    EXPECT_EQ(querySQL(world_.file, "SELECT title FROM ReminderItem"), "Reminder 0");
+}
+
+TEST_F(SQLiteFile, ARefusedFileKeepsItsMode) {
+    makeFile();
+    ASSERT_TRUE(runSQL(world_.file, "PRAGMA user_version = 5"));
+    chmod(world_.file.c_str(), 0644);
+    static_cast<void>(refusal());
+    EXPECT_EQ(modeOf(world_.file), 0644U);
+}
+
+TEST_F(SQLiteFile, AFolderThatCannotBeLookedIntoIsRefused) {
+    std::filesystem::create_directory(world_.folder.path() / "closed");
+    chmod(world_.folder.path().c_str(), 0755);
+    chmod((world_.folder.path() / "closed").c_str(), geteuid() == 0 ? 0700 : 0);
+    world_.file = world_.folder.path() / "closed" / "inner" / "reminders.sqlite";
+    EXPECT_EQ(runAsOrdinaryUser([&] {
+                  auto realm = world_.open();
+                  return !realm && isRealmError(realm.error(), RealmErrorCode::notPermitted) ? 0 : 1;
+              }),
+              0);
+}
+
 TEST_F(SQLiteFile, AHotJournalIsRolledBack) {
     makeFile();
     ASSERT_TRUE(runSQL(world_.file, "PRAGMA journal_mode = DELETE"));

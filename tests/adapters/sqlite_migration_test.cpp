@@ -157,6 +157,27 @@ TEST_P(SQLiteMigration, AnOldRowThatBreaksTheRulesIsDamage) {
     EXPECT_FALSE(fs::exists(copy())) << "a file that stays as it was needs no copy";
 }
 
+TEST_P(SQLiteMigration, AColumnThatTheVersionAlwaysHadMustBeThere) {
+    for (const char* column : {"title", "_device", "_datetime", "pending"}) {
+        fs::copy_file(goldenFile(), world_.file, fs::copy_options::overwrite_existing);
+        ASSERT_TRUE(runSQL(world_.file, std::string("ALTER TABLE ReminderItem DROP COLUMN ") + column));
+        const std::string before = contentsOf(world_.file);
+        const auto realm = world_.open();
+        ASSERT_FALSE(realm) << column;
+        EXPECT_TRUE(isRealmError(realm.error(), RealmErrorCode::damaged));
+        EXPECT_NE(realm.error().description.find(std::string("has no column ") + column), std::string::npos);
+        EXPECT_TRUE(contentsOf(world_.file) == before);
+    }
+}
+
+TEST_P(SQLiteMigration, AnIndexThatCannotBeMadeLeavesTheOldFileAsItWas) {
+    fs::copy_file(goldenFile(), world_.file);
+    ASSERT_TRUE(runSQL(world_.file, "CREATE TABLE other (a); CREATE INDEX ReminderItem_by_moment ON other (a)"));
+    const std::string before = contentsOf(world_.file);
+    ASSERT_FALSE(world_.open());
+    EXPECT_TRUE(contentsOf(world_.file) == before);
+}
+
 TEST_P(SQLiteMigration, ABlockThatSetsADateThatIsNotFiniteFails) {
     fs::copy_file(goldenFile(), world_.file);
     const std::string before = contentsOf(world_.file);

@@ -14,6 +14,7 @@ struct State {
     std::size_t changes = 0;
     std::size_t changesUntilExit = std::numeric_limits<std::size_t>::max();
     bool full = false;
+    bool readsFailing = false;
     bool syncsFailing = false;
     bool nextSyncFails = false;
     bool nextBeginFails = false;
@@ -45,6 +46,9 @@ int closeFile(sqlite3_file* file) {
     return behind(file)->pMethods->xClose(behind(file));
 }
 int readFile(sqlite3_file* file, void* to, int amount, sqlite3_int64 offset) {
+    if (state.readsFailing) {
+        return SQLITE_IOERR_READ;
+    }
     return behind(file)->pMethods->xRead(behind(file), to, amount, offset);
 }
 int writeFile(sqlite3_file* file, const void* from, int amount, sqlite3_int64 offset) {
@@ -141,6 +145,10 @@ std::size_t ShimFileSystem::changeCount() const {
 
 void ShimFileSystem::setFull(bool full) {
     state.full = full;
+}
+
+void ShimFileSystem::setReadsFailing(bool failing) {
+    state.readsFailing = failing;
 }
 
 void ShimFileSystem::setSyncsFailing(bool failing) {

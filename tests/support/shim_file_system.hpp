@@ -25,6 +25,8 @@ public:
 
     /// The disk is full (or has room again): writes answer SQLITE_FULL.
     void setFull(bool full);
+    /// Reads answer SQLITE_IOERR_READ (or work again).
+    void setReadsFailing(bool failing);
     /// Syncs answer SQLITE_IOERR_FSYNC (or work again).
     void setSyncsFailing(bool failing);
     /// The next write transaction on a write-ahead log cannot begin; the one after it can.

@@ -68,6 +68,11 @@ private:
         for (const ObjectSchema& schema : configuration.objectSchemas) {
             if (schema.className == old.className) {
                 properties = {{schema.primaryKey, Value("")}};
+                for (const Property& property : schema.properties) {
+                    if (property.since && *property.since <= old.schemaVersion) {
+                        properties.emplace(property.name, exampleOf(property.type));
+                    }
+                }
             }
         }
         if (!old.objects.empty()) {
@@ -89,6 +94,20 @@ private:
         if (!runSQL(file_, sql + "COMMIT")) {
             throw std::logic_error("the old file cannot be written: " + sql);
         }
+    }
+
+    static Value exampleOf(PropertyType type) {
+        switch (type) {
+            case PropertyType::boolean:
+                return false;
+            case PropertyType::integer:
+                return std::int64_t{0};
+            case PropertyType::text:
+                return std::string();
+            case PropertyType::date:
+                return Date(0);
+        }
+        return false;
     }
 
     static std::string typeName(const Value& value) {

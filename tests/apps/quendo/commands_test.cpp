@@ -4,6 +4,9 @@
 #include <cctype>
 #include <fstream>
 #include <sstream>
+#include <unistd.h>
+
+#include <sys/stat.h>
 
 #include "tests/apps/quendo/program_fixture.hpp"
 
@@ -180,6 +183,40 @@ TEST_F(QuendoProgram, DoctorFindsNothingAmissInAFreshHomeAndMakesNothing) {
     EXPECT_FALSE(std::filesystem::exists(home_));
     add("x");
     EXPECT_EQ(answer({"doctor"}).size(), 5U);
+}
+
+TEST_F(QuendoProgram, DoctorNamesATimeZoneThatIsNone) {
+    environment_["TZ"] = "Nonsense/Zone";
+    const ProgramResult result = run({"doctor"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.output.find("TZ is \"Nonsense/Zone\", which is no zone"), std::string::npos) << result.output;
+}
+
+TEST_F(QuendoProgram, DoctorNamesAHomeThatCannotBeMade) {
+    const std::string line = "QUENDO_HOME=/root/x exec '" QUENDO_PROGRAM "' doctor";
+    const ProgramResult result = geteuid() == 0
+                                     ? quendokit::testing::runProgram({"setpriv", "--reuid=65534", "--regid=65534",
+                                                                       "--clear-groups", "sh", "-c", line})
+                                     : quendokit::testing::runProgram({"sh", "-c", line});
+    EXPECT_EQ(result.code, 1) << result.errors;
+    EXPECT_NE(result.output.find("/root/x cannot be made"), std::string::npos) << result.output;
+}
+
+TEST_F(QuendoProgram, DoctorNamesASymbolicLinkInTheLocksPlace) {
+    add("x");
+    std::filesystem::remove(home_ / "quendo.lock");
+    std::filesystem::create_symlink("/nowhere", home_ / "quendo.lock");
+    const ProgramResult result = run({"doctor"});
+    EXPECT_EQ(result.code, 1);
+    EXPECT_NE(result.output.find("quendo.lock is a symbolic link"), std::string::npos) << result.output;
+}
+
+TEST_F(QuendoProgram, APipeInTheLogsPlaceHoldsNothingUp) {
+    add("x");
+    std::filesystem::remove(home_ / "quendo.log");
+    ASSERT_EQ(mkfifo((home_ / "quendo.log").c_str(), 0600), 0);
+    add("y");
+    EXPECT_EQ(answer({"list"}).size(), 2U);
 }
 
 TEST_F(QuendoProgram, DoctorNamesFilesThatAreOpenToOthers) {

@@ -89,6 +89,10 @@ TEST_F(QuendoRefusals, ALocalTimeThatTheClocksSkipIsMovedAndSaid) {
               "quendo: the clocks skip \"2027-03-28 02:30\"; taken is the first moment after it, 2027-03-28 03:00\n");
 }
 
+TEST_F(QuendoRefusals, QuietKeepsWarningsBackToo) {
+    EXPECT_EQ(run({"--quiet", "add", "x", "--at", "2027-03-28 02:30"}).errors, "");
+}
+
 TEST_F(QuendoRefusals, ALocalTimeThatComesTwiceMeansTheFirst) {
     EXPECT_EQ(answer({"add", "x", "--at", "2027-10-31 02:30"})["condition"]["date"], "2027-10-31T02:30:00+02:00");
 }
