@@ -193,13 +193,17 @@ TEST_F(QuendoProgram, DoctorNamesATimeZoneThatIsNone) {
 }
 
 TEST_F(QuendoProgram, DoctorNamesAHomeThatCannotBeMade) {
-    const std::string line = "QUENDO_HOME=/root/x exec '" QUENDO_PROGRAM "' doctor";
-    const ProgramResult result = geteuid() == 0
-                                     ? quendokit::testing::runProgram({"setpriv", "--reuid=65534", "--regid=65534",
-                                                                       "--clear-groups", "sh", "-c", line})
-                                     : quendokit::testing::runProgram({"sh", "-c", line});
+    const auto closed = folder_.path() / "closed";
+    std::filesystem::create_directory(closed);
+    std::filesystem::permissions(closed, std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
+    const std::string line = "QUENDO_HOME='" + (closed / "home").string() + "' exec '" QUENDO_PROGRAM "' doctor";
+    std::vector<std::string> words{"sh", "-c", line};
+    if (geteuid() == 0) {
+        words.insert(words.begin(), {"setpriv", "--bounding-set=-dac_override", "--inh-caps=-dac_override"});
+    }
+    const ProgramResult result = quendokit::testing::runProgram(words);
     EXPECT_EQ(result.code, 1) << result.errors;
-    EXPECT_NE(result.output.find("/root/x cannot be made"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("closed/home cannot be made"), std::string::npos) << result.output;
 }
 
 TEST_F(QuendoProgram, DoctorNamesASymbolicLinkInTheLocksPlace) {
