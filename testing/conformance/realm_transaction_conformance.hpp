@@ -75,6 +75,8 @@ TEST_P(RealmConformance, AfterAFailedChangeTheRestOfTheWriteIsIdle) {
         realm->delete_(Specimen{"removed"});
         realm->deleteAll();
         realm->add(Specimen{"last"}, true);
+        EXPECT_FALSE(find("added"));
+        EXPECT_FALSE(find("last"));
         ranOn = true;
     });
     ASSERT_TRUE(failure);

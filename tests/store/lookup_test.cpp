@@ -113,6 +113,11 @@ T oneOf(const std::array<T, count>& values) {
     return values[*rc::gen::inRange<std::size_t>(0, count)];
 }
 
+/// Whether one of the records has this id.
+bool holds(const std::vector<ReminderItem>& list, const std::string& id) {
+    return std::any_of(list.begin(), list.end(), [&id](const ReminderItem& item) { return item.ID == id; });
+}
+
 /// The rule of the three lists once more, for one record.
 bool isListed(const ReminderItem& item, Date instant) {
     const bool mac = item._device == 1 && !item.shown;
@@ -161,6 +166,12 @@ TEST_P(LookingUpAReminder, AnswersWhatAScanOfTheListsAnswers) {
         }
         RC_ASSERT(found("unknown") == "-");
         const ReminderItems all = lists(true);
+        for (const ReminderItem& item : items) {
+            const auto list = listOf(item, clock->now());
+            RC_ASSERT(holds(all.macReminders, item.ID) == (list == ReminderList::mac));
+            RC_ASSERT(holds(all.upcomingReminders, item.ID) == (list == ReminderList::upcoming));
+            RC_ASSERT(holds(all.remainingReminders, item.ID) == (list == ReminderList::remaining));
+        }
         RC_ASSERT(all.macReminders.size() + all.upcomingReminders.size() + all.remainingReminders.size() == listed);
         RC_ASSERT(controller->hasReminders() == !controller->reminders(false).empty());
     });
