@@ -23,6 +23,9 @@ public:
     void set(Date now) { now_.store(now); }
     void advanceBy(std::chrono::duration<double> time);
 
+    /// What `now()` would answer, without counting as a question.
+    [[nodiscard]] Date shown() const { return now_.load(); }
+
     /// How often `now()` was asked.
     [[nodiscard]] std::size_t readCount() const { return readCount_.load(); }
 

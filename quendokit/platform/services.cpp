@@ -3,12 +3,22 @@
 #include <atomic>
 #include <utility>
 
+#include "quendokit/platform/bundle.hpp"
+#include "quendokit/platform/calendar.hpp"
+#include "quendokit/platform/dispatch_queue.hpp"
 #include "quendokit/platform/fatal_error.hpp"
+#include "quendokit/platform/locale.hpp"
+#include "quendokit/platform/notification_center.hpp"
+#include "quendokit/platform/run_loop.hpp"
+#include "quendokit/platform/ubiquitous_key_value_store.hpp"
+#include "quendokit/platform/user_defaults.hpp"
+#include "quendokit/platform/world_internal.hpp"
 
-namespace quendokit::platform {
+namespace quendokit {
+namespace platform {
 namespace {
 
-std::atomic<const Services*> installed = nullptr;
+std::atomic<World*> installed = nullptr;
 
 template <typename Service>
 Service& present(const std::shared_ptr<Service>& service, std::string_view name) {
@@ -23,19 +33,23 @@ Service& present(const std::shared_ptr<Service>& service, std::string_view name)
 
 void install(Services services) {
     // Kept for the rest of the process: other threads may use them until its very end.
-    const auto* kept = new Services(std::move(services));
-    const Services* none = nullptr;
+    auto* kept = new World(std::move(services));
+    World* none = nullptr;
     if (!installed.compare_exchange_strong(none, kept)) {
         fatalError("platform::install was called twice");
     }
 }
 
-const Services& services() {
-    const Services* current = installed.load(std::memory_order_acquire);
+World& world() {
+    World* current = installed.load(std::memory_order_acquire);
     if (current == nullptr) {
         fatalError("the engine was used before platform::install");
     }
     return *current;
+}
+
+const Services& services() {
+    return world().services;
 }
 
 Clock& clock() {
@@ -51,10 +65,46 @@ LineSink& standardOutput() {
 }
 
 ScopedInstall::ScopedInstall(Services services)
-    : services_(std::move(services)), previous_(installed.exchange(&services_)) {}
+    : world_(std::make_unique<World>(std::move(services))), previous_(installed.exchange(world_.get())) {}
 
 ScopedInstall::~ScopedInstall() {
+    // What exists once may use the services until it is gone.
+    world_->clear();
     installed.store(previous_, std::memory_order_release);
 }
 
-}  // namespace quendokit::platform
+}  // namespace platform
+
+const Calendar& Calendar::current() {
+    return platform::present(platform::services().calendar, "calendar");
+}
+
+const Locale& Locale::current() {
+    return platform::present(platform::services().locale, "locale");
+}
+
+UserDefaults& UserDefaults::standard() {
+    return platform::present(platform::services().userDefaults, "userDefaults");
+}
+
+NSUbiquitousKeyValueStore& NSUbiquitousKeyValueStore::defaultStore() {
+    return platform::present(platform::services().ubiquitousKeyValueStore, "ubiquitousKeyValueStore");
+}
+
+NotificationCenter& NotificationCenter::defaultCenter() {
+    return platform::present(platform::services().notificationCenter, "notificationCenter");
+}
+
+RunLoop& RunLoop::main() {
+    return platform::present(platform::services().runLoopProvider, "runLoopProvider").main();
+}
+
+RunLoop& RunLoop::current() {
+    return platform::present(platform::services().runLoopProvider, "runLoopProvider").current();
+}
+
+DispatchQueue& DispatchQueue::main() {
+    return platform::present(platform::services().mainQueue, "mainQueue");
+}
+
+}  // namespace quendokit

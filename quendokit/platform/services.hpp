@@ -12,15 +12,41 @@
 
 namespace quendokit {
 
+class BundleProvider;
+class Calendar;
+class DispatchQueue;
+class Locale;
+class NotificationCenter;
+class NSUbiquitousKeyValueStore;
 class RealmProvider;
+class RunLoopProvider;
+class UserDefaults;
 
 namespace platform {
+
+class World;
 
 /// The services of one process. Every reference is shared with the engine for as long as it is installed. One that is
 /// null is absent: its first use is fatal and names it.
 struct Services {
     /// The wall clock.
     std::shared_ptr<Clock> clock;
+    /// Local time.
+    std::shared_ptr<const Calendar> calendar;
+    /// The names of the days.
+    std::shared_ptr<const Locale> locale;
+    /// Finds the localised texts.
+    std::shared_ptr<const BundleProvider> bundleProvider;
+    /// The person's settings on this device.
+    std::shared_ptr<UserDefaults> userDefaults;
+    /// The person's settings on all devices.
+    std::shared_ptr<NSUbiquitousKeyValueStore> ubiquitousKeyValueStore;
+    /// News inside the process.
+    std::shared_ptr<NotificationCenter> notificationCenter;
+    /// Timers.
+    std::shared_ptr<RunLoopProvider> runLoopProvider;
+    /// The queue of the main thread.
+    std::shared_ptr<DispatchQueue> mainQueue;
     /// Opens object databases.
     std::shared_ptr<RealmProvider> realmProvider;
     /// Where the engine prints its lines. A program whose own answer goes to standard output installs another one.
@@ -50,8 +76,9 @@ QUENDOKIT_EXPORT void install(Services services);
 [[nodiscard]] QUENDOKIT_EXPORT LineSink& standardOutput();
 
 /// Installs services for its own lifetime and puts the earlier ones back afterwards: a fresh world for a test, or for
-/// one of several devices in one process. Scopes nest and end in the reverse order. No other thread may use the engine
-/// while one begins or ends.
+/// one of several devices in one process. What exists once per process (resolved words, the shared options) exists once
+/// in each scope and ends with it. Scopes nest and end in the reverse order. No other thread may use the engine while
+/// one begins or ends.
 class QUENDOKIT_EXPORT ScopedInstall {
 public:
     explicit ScopedInstall(Services services);
@@ -60,8 +87,8 @@ public:
     ~ScopedInstall();
 
 private:
-    const Services services_;
-    const Services* const previous_;
+    const std::unique_ptr<World> world_;
+    World* const previous_;
 };
 
 }  // namespace platform

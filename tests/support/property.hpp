@@ -1,7 +1,9 @@
 #pragma once
 /// \file
-/// `checkProperty`: a statement that holds for random inputs.
+/// `checkProperty`: a statement that holds for random inputs; `propertySeed`, for tests that make their inputs
+/// themselves.
 
+#include <cstdint>
 #include <iostream>
 #include <sstream>
 #include <string>
@@ -12,6 +14,14 @@
 #include <rapidcheck/gtest.h>
 
 namespace quendokit::testing {
+
+/// The seed for the random inputs of the running test, which it prints; N with RC_PARAMS="seed=N" in the environment.
+inline std::uint64_t propertySeed() {
+    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    const std::uint64_t seed = rc::detail::configuration().testParams.seed;
+    std::cout << test->test_suite_name() << "/" << test->name() << ": seed " << seed << "\n";
+    return seed;
+}
 
 /// Runs `property`, a function of generated arguments, on `cases` inputs and fails the test with the smallest input for
 /// which it fails. Prints the seed; RC_PARAMS="seed=N" in the environment runs the same inputs again.
