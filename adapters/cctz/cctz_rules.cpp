@@ -44,6 +44,19 @@ public:
         return {LocalTimeKind::repeated, before, secondsSince1970(found.post)};
     }
 
+    [[nodiscard]] std::optional<std::int64_t> nextChange(std::int64_t moment) const override {
+        const int before = offset(moment);
+        cctz::time_zone::civil_transition transition;
+        // A transition may be one of names alone.
+        while (zone_.next_transition(Moment(cctz::seconds(moment)), &transition)) {
+            moment = secondsSince1970(zone_.lookup(transition.to).trans);
+            if (offset(moment) != before) {
+                return moment;
+            }
+        }
+        return std::nullopt;
+    }
+
 private:
     const cctz::time_zone zone_;
 };

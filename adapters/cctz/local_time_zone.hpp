@@ -49,7 +49,7 @@ public:
     /// TZ decides when it is set: a name as "Europe/Berlin", a file's absolute path, or a rule as
     /// "EST5EDT4,M3.2.0,M11.1.0"; one leading colon is ignored. Else the link or file /etc/localtime does. UTC when TZ
     /// is empty or cannot be understood, or when that file cannot. A rule is asked of the C library, which takes
-    /// milliseconds, and remembered until another one comes. Never null.
+    /// milliseconds, and remembered. Never null.
     [[nodiscard]] static std::shared_ptr<const LocalTimeZone> current();
 
     /// The zone of that name in the system's zone data, or of the file at that absolute path. Null when there is none.
@@ -83,6 +83,9 @@ public:
     [[nodiscard]] std::optional<std::string> text(Date date) const;
 
 private:
+    /// Writes the rules down for itself.
+    friend class LocalCalendar;
+
     const std::string name_;
     const std::shared_ptr<const TimeZoneRules> rules_;
 };

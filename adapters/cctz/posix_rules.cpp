@@ -1,10 +1,11 @@
 #include <algorithm>
 #include <ctime>
+#include <map>
 #include <mutex>
 #include <string_view>
 #include <vector>
 
-#include "adapters/cctz/time_zone_rules_internal.hpp"
+#include "adapters/cctz/offset_table_internal.hpp"
 
 namespace quendokit {
 namespace {
@@ -12,8 +13,6 @@ namespace {
 constexpr std::int64_t day = 86'400;
 /// The calendar, weekdays included, repeats after 400 years, and so does a rule that is told in its terms.
 constexpr std::int64_t cycle = 146'097 * day;
-/// More than any offset, which is below 25 hours, so that no search runs off the table.
-constexpr std::int64_t margin = 2 * day;
 
 int cLibraryOffset(std::int64_t moment) {
     const auto time = static_cast<std::time_t>(moment);
@@ -28,80 +27,56 @@ std::int64_t cyclesBefore(std::int64_t seconds) {
     return seconds - (remainder < 0 ? remainder + cycle : remainder);
 }
 
+/// The first moment after `before` whose offset is not that of `before`, known to differ at `after`.
+std::int64_t changeBetween(std::int64_t before, std::int64_t after) {
+    const int offset = cLibraryOffset(before);
+    while (after - before > 1) {
+        const std::int64_t middle = before + (after - before) / 2;
+        (cLibraryOffset(middle) == offset ? before : after) = middle;
+    }
+    return after;
+}
+
+/// One cycle of the rule that TZ holds, and the margins within which its readings are looked for.
+OffsetTable writtenDown() {
+    constexpr std::int64_t begin = -OffsetTable::margin;
+    constexpr std::int64_t end = cycle + OffsetTable::margin;
+    std::vector<OffsetTable::Span> spans{{begin, cLibraryOffset(begin)}};
+    for (std::int64_t moment = begin + day; moment < end; moment += day) {
+        if (cLibraryOffset(moment) != spans.back().offset) {
+            const std::int64_t change = changeBetween(moment - day, moment);
+            spans.push_back({change, cLibraryOffset(change)});
+        }
+    }
+    return {std::move(spans), end};
+}
+
 /// One cycle of a rule, written down while TZ holds it: the C library knows only the rule of the moment, and only the
 /// way from moments to readings.
 class PosixRules final : public TimeZoneRules {
 public:
-    PosixRules() {
-        spans_.push_back({-margin, cLibraryOffset(-margin)});
-        for (std::int64_t moment = -margin + day; moment < cycle + margin; moment += day) {
-            if (cLibraryOffset(moment) != spans_.back().offset) {
-                const std::int64_t change = changeBetween(moment - day, moment);
-                spans_.push_back({change, cLibraryOffset(change)});
-            }
-        }
-        const auto [least, greatest] =
-            std::minmax_element(spans_.begin(), spans_.end(), [](Span a, Span b) { return a.offset < b.offset; });
-        leastOffset_ = least->offset;
-        greatestOffset_ = greatest->offset;
-    }
-
     [[nodiscard]] int offset(std::int64_t moment) const override {
-        return spanAt(moment - cyclesBefore(moment))->offset;
+        return table_.offset(moment - cyclesBefore(moment));
     }
 
     [[nodiscard]] Located locate(std::int64_t reading) const override {
         const std::int64_t shift = cyclesBefore(reading);
-        const std::int64_t wall = reading - shift;
-        auto span = spanAt(wall - greatestOffset_);
-        // The first moment at which the clocks show the reading, or have already passed it.
-        std::int64_t first = std::max(span->start, wall - span->offset);
-        while (first >= endOf(span)) {
-            ++span;
-            first = std::max(span->start, wall - span->offset);
+        const auto [kind, first, second] = table_.locate(reading - shift);
+        return {kind, first + shift, second + shift};
+    }
+
+    [[nodiscard]] std::optional<std::int64_t> nextChange(std::int64_t moment) const override {
+        std::int64_t shift = cyclesBefore(moment);
+        auto change = table_.nextChange(moment - shift);
+        if (!change) {
+            shift += cycle;
+            change = table_.nextChange(0);
         }
-        if (first + span->offset != wall) {
-            return {LocalTimeKind::skipped, first + shift, first + shift};
-        }
-        for (++span; span != spans_.end() && span->start <= wall - leastOffset_; ++span) {
-            const std::int64_t again = wall - span->offset;
-            if (span->start <= again && again < endOf(span)) {
-                return {LocalTimeKind::repeated, first + shift, again + shift};
-            }
-        }
-        return {LocalTimeKind::unique, first + shift, first + shift};
+        return change ? std::optional(*change + shift) : std::nullopt;
     }
 
 private:
-    struct Span {
-        std::int64_t start;
-        int offset;
-    };
-    using Iterator = std::vector<Span>::const_iterator;
-
-    /// The first moment after `before` whose offset is not that of `before`, known to differ at `after`.
-    static std::int64_t changeBetween(std::int64_t before, std::int64_t after) {
-        const int offset = cLibraryOffset(before);
-        while (after - before > 1) {
-            const std::int64_t middle = before + (after - before) / 2;
-            (cLibraryOffset(middle) == offset ? before : after) = middle;
-        }
-        return after;
-    }
-
-    [[nodiscard]] Iterator spanAt(std::int64_t moment) const {
-        const auto next = std::upper_bound(spans_.begin(), spans_.end(), moment,
-                                           [](std::int64_t value, Span span) { return value < span.start; });
-        return next - 1;
-    }
-
-    [[nodiscard]] std::int64_t endOf(Iterator span) const {
-        return span + 1 == spans_.end() ? cycle + margin : (span + 1)->start;
-    }
-
-    std::vector<Span> spans_;
-    int leastOffset_ = 0;
-    int greatestOffset_ = 0;
+    const OffsetTable table_ = writtenDown();
 };
 
 bool isLetter(char c) {
@@ -137,15 +112,14 @@ bool isPosixRule(const std::string& value) {
 std::shared_ptr<const TimeZoneRules> makePosixRules(const std::string& value) {
     // Writing a rule down takes milliseconds, and a program asks for the same one again and again.
     static std::mutex mutex;
-    static std::string latestValue;
-    static std::shared_ptr<const TimeZoneRules> latest;
+    static std::map<std::string, std::shared_ptr<const TimeZoneRules>> rulesByValue;
     const std::lock_guard lock(mutex);
-    if (!latest || latestValue != value) {
+    auto& rules = rulesByValue[value];
+    if (!rules) {
         ::tzset();
-        latest = std::make_shared<const PosixRules>();
-        latestValue = value;
+        rules = std::make_shared<const PosixRules>();
     }
-    return latest;
+    return rules;
 }
 
 }  // namespace quendokit

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "adapters/cctz/local_time_zone.hpp"
@@ -31,6 +32,9 @@ public:
     /// Seconds east of UTC.
     [[nodiscard]] virtual int offset(std::int64_t moment) const = 0;
     [[nodiscard]] virtual Located locate(std::int64_t reading) const = 0;
+    /// The first moment after `moment` from which on another offset holds. Absent when there is none, or none before
+    /// the year 2400.
+    [[nodiscard]] virtual std::optional<std::int64_t> nextChange(std::int64_t moment) const = 0;
 };
 
 [[nodiscard]] std::shared_ptr<const TimeZoneRules> makeUTCRules();
@@ -42,8 +46,8 @@ public:
 /// Whether `value` has the form of a rule: a name and an offset, as "EST5" or "<+0330>-3:30", then anything.
 [[nodiscard]] bool isPosixRule(const std::string& value);
 
-/// The rule that TZ holds at this moment; `value` is what TZ says, without its colon. Any thread, as long as none
-/// changes the environment.
+/// The rule that TZ holds at this moment; `value` is what TZ says, without its colon. The same rule is shared by all
+/// that ask for it. Any thread, as long as none changes the environment.
 [[nodiscard]] std::shared_ptr<const TimeZoneRules> makePosixRules(const std::string& value);
 
 }  // namespace quendokit

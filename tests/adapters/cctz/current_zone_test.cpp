@@ -7,8 +7,8 @@
 #include <sys/stat.h>
 
 #include "adapters/cctz/local_time_zone.hpp"
-#include "tests/adapters/cctz/scoped_environment.hpp"
 #include "tests/adapters/cctz/zone_printers.hpp"
+#include "tests/support/scoped_environment.hpp"
 
 namespace quendokit {
 namespace {

@@ -1,7 +1,5 @@
 // Zones against the C library, which knows only the way from moments to readings.
 
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -9,35 +7,18 @@
 #include <rapidcheck/gtest.h>
 
 #include "adapters/cctz/local_time_zone.hpp"
-#include "tests/adapters/cctz/scoped_environment.hpp"
+#include "tests/adapters/cctz/any_zone.hpp"
 #include "tests/adapters/cctz/zone_printers.hpp"
+#include "tests/support/scoped_environment.hpp"
 
 namespace quendokit {
 namespace {
 
+using testing::anyZone;
 using testing::ScopedEnvironment;
 
 constexpr std::int64_t quarterHour = 900;
 constexpr std::int64_t day = 86'400;
-
-/// All zones of the system's zone data that are not aliases.
-const std::vector<std::string>& zoneNames() {
-    static const auto names = [] {
-        std::vector<std::string> found;
-        std::ifstream table("/usr/share/zoneinfo/zone1970.tab");
-        for (std::string line; std::getline(table, line);) {
-            std::istringstream columns(line);
-            std::string country;
-            std::string position;
-            std::string name;
-            if (!line.starts_with('#') && columns >> country >> position >> name) {
-                found.push_back(name);
-            }
-        }
-        return found;
-    }();
-    return names;
-}
 
 /// TZ while the C library and the zone under test are compared.
 class ChosenZone {
@@ -47,12 +28,6 @@ public:
 private:
     const ScopedEnvironment environment_;
 };
-
-std::string anyZone() {
-    const std::vector<std::string> rules{"EST5EDT4,M3.2.0,M11.1.0", "<+0330>-3:30", "AEST-10AEDT,M10.1.0,M4.1.0/3",
-                                         "<-02>2<-01>,M3.5.0/-1,M10.5.0/0", "XXX12YYY10:30,J60/0,J300/24"};
-    return *rc::gen::weightedOneOf<std::string>({{1, rc::gen::elementOf(rules)}, {4, rc::gen::elementOf(zoneNames())}});
-}
 
 /// From 1970, where the C library's rules begin to be meant, to 2286.
 std::int64_t anyMoment() {

@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "adapters/cctz/local_time_zone.hpp"
-#include "tests/adapters/cctz/scoped_environment.hpp"
 #include "tests/adapters/cctz/zone_printers.hpp"
+#include "tests/support/scoped_environment.hpp"
 
 namespace quendokit {
 namespace {
