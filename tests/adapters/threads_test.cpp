@@ -1,6 +1,8 @@
 /// \file
 /// What promises "Any thread.", used by several at once; for ThreadSanitizer to watch.
 
+#include <atomic>
+#include <barrier>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -18,6 +20,7 @@
 #include "quendokit/platform/predicate.hpp"
 #include "quendokit/platform/services.hpp"
 #include "quendokit/platform/uuid.hpp"
+#include "quendokit/platform/world_internal.hpp"
 #include "quendokit/store/quendokit_config.hpp"
 #include "quendokit/store/reminder_item.hpp"
 #include "testing/manual_clock.hpp"
@@ -53,6 +56,26 @@ protected:
     std::shared_ptr<RecordingLineSink> lines_ = std::make_shared<RecordingLineSink>();
     std::optional<platform::ScopedInstall> installed_;
 };
+
+TEST_F(Threads, FindOneThingThatIsMadeOnFirstUse) {
+    static const platform::OncePerProcess<std::string> shared;
+    for (int i = 0; i < rounds; ++i) {
+        const platform::ScopedInstall world({});
+        std::atomic<int> made = 0;
+        std::vector<std::string> found(threadCount);
+        std::barrier start(static_cast<std::ptrdiff_t>(threadCount));
+        onSeveral([&](std::size_t thread) {
+            const auto make = [&] {
+                ++made;
+                return std::make_shared<std::string>("made before it is found, and too long to lie in the string");
+            };
+            start.arrive_and_wait();
+            found[thread] = shared.get(make) + shared.get(make);
+        });
+        EXPECT_EQ(made, 1);
+        EXPECT_EQ(std::set(found.begin(), found.end()).size(), 1U);
+    }
+}
 
 TEST_F(Threads, DrawIdentifiersThatAllDiffer) {
     std::vector<std::vector<std::string>> drawn(threadCount);
