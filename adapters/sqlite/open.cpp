@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <chrono>
 #include <map>
 #include <sqlite3.h>
+#include <thread>
 #include <utility>
 
 #include "adapters/sqlite/database_file_internal.hpp"
@@ -267,8 +269,16 @@ std::optional<Error> adjustIndices(Connection& connection, const ObjectSchema& s
     return transaction.commit();
 }
 
-std::optional<Error> useWriteAheadLog(Connection& connection) {
+std::optional<Error> useWriteAheadLog(Connection& connection, std::chrono::milliseconds patience) {
+    constexpr std::chrono::milliseconds betweenTries(5);
+    const auto deadline = std::chrono::steady_clock::now() + patience;
     auto mode = connection.text("PRAGMA journal_mode = WAL");
+    // Of two that switch at the same time, SQLite turns one away at once instead of letting it wait.
+    while (!mode && mode.error().code == static_cast<int>(RealmErrorCode::locked) &&
+           std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(betweenTries);
+        mode = connection.text("PRAGMA journal_mode = WAL");
+    }
     if (!mode) {
         return mode.error();
     }
@@ -301,7 +311,7 @@ std::optional<Error> setUp(Connection& connection, const std::filesystem::path& 
             return failure;
         }
     }
-    if (auto failure = useWriteAheadLog(connection)) {
+    if (auto failure = useWriteAheadLog(connection, options.busyTimeout)) {
         return failure;
     }
     for (const ObjectSchema& schema : configuration.objectSchemas) {
