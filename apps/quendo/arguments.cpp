@@ -19,11 +19,19 @@ struct Commands {
     ListArguments list;
     ShowArguments show;
     DeleteArguments delete_;
+    PresetsArguments presets;
+    OptionsArguments options;
 
     CLI::App* addCommand = nullptr;
     CLI::App* listCommand = nullptr;
     CLI::App* showCommand = nullptr;
     CLI::App* deleteCommand = nullptr;
+    CLI::App* presetsCommand = nullptr;
+    CLI::App* actionsCommand = nullptr;
+    CLI::App* optionsCommand = nullptr;
+    CLI::App* getCommand = nullptr;
+    CLI::App* setCommand = nullptr;
+    CLI::App* resetCommand = nullptr;
     CLI::App* versionCommand = nullptr;
     CLI::App* doctorCommand = nullptr;
 };
@@ -38,7 +46,10 @@ void describe(CLI::App& app, Commands& commands) {
     commands.addCommand = app.add_subcommand("add", "store a reminder");
     commands.addCommand->add_option("TITLE", commands.add.title, "what to be reminded of")->required();
     commands.addCommand->add_option("--at", commands.add.at, whenForms)->type_name("WHEN");
-    commands.addCommand->add_option("--preset", commands.add.preset, "a named time (not in this version)")
+    commands.addCommand
+        ->add_option("--preset", commands.add.preset,
+                     "a named time by its number or English name, as tomorrow-morning; see quendo presets; later when "
+                     "nothing else is given")
         ->type_name("PRESET");
     commands.addCommand->add_flag("--mac", commands.add.mac, "at the next arrival at the Mac");
 
@@ -55,8 +66,27 @@ void describe(CLI::App& app, Commands& commands) {
     commands.deleteCommand = app.add_subcommand("delete", "delete reminders");
     commands.deleteCommand->add_option("ID", commands.delete_.ids, "their identifiers, or how they begin")->required();
 
+    commands.presetsCommand = app.add_subcommand("presets", "say what each preset would give");
+    commands.presetsCommand->add_option("--for", commands.presets.from, "reckon from any moment instead of now")
+        ->type_name("WHEN");
+
+    commands.actionsCommand = app.add_subcommand("actions", "say which buttons a notification may have");
+
+    commands.optionsCommand = app.add_subcommand("options", "show or change the day plan");
+    commands.optionsCommand->require_subcommand(0, 1);
+    commands.getCommand = commands.optionsCommand->add_subcommand("get", "show one setting");
+    commands.getCommand->add_option("KEY", commands.options.key, "its name, as first-workday")->required();
+    commands.setCommand = commands.optionsCommand->add_subcommand("set", "change one setting");
+    commands.setCommand->add_option("KEY", commands.options.key, "its name, as first-workday")->required();
+    commands.setCommand
+        ->add_option("VALUE", commands.options.value,
+                     "a day or 1 to 7; a time as 09:30; a duration as 3h or 20m; true, false or none")
+        ->required();
+    commands.resetCommand =
+        commands.optionsCommand->add_subcommand("reset", "go back to the day plan that everyone begins with");
+
     commands.versionCommand = app.add_subcommand("version", "say which version this is");
-    commands.doctorCommand = app.add_subcommand("doctor", "check files, permissions, schema and time zone");
+    commands.doctorCommand = app.add_subcommand("doctor", "check files, permissions, schema, settings and time zone");
 }
 
 /// CLI11's words as one line of ours.
@@ -98,8 +128,11 @@ std::variant<Arguments, Help, Failure> parseArguments(std::vector<std::string> a
     try {
         app.parse(std::move(arguments));
     } catch (const CLI::CallForHelp&) {
-        const auto chosen = app.get_subcommands();
-        return Help{chosen.empty() ? app.help() : chosen.front()->help()};
+        const CLI::App* asked = &app;
+        while (!asked->get_subcommands().empty()) {
+            asked = asked->get_subcommands().front();
+        }
+        return Help{asked->help()};
     } catch (const CLI::ParseError& error) {
         return usageFailure(error, words);
     }
@@ -111,6 +144,17 @@ std::variant<Arguments, Help, Failure> parseArguments(std::vector<std::string> a
         parsed.command = std::move(commands.show);
     } else if (commands.deleteCommand->parsed()) {
         parsed.command = std::move(commands.delete_);
+    } else if (commands.presetsCommand->parsed()) {
+        parsed.command = std::move(commands.presets);
+    } else if (commands.actionsCommand->parsed()) {
+        parsed.command = ActionsArguments();
+    } else if (commands.optionsCommand->parsed()) {
+        using Verb = OptionsArguments::Verb;
+        commands.options.verb = commands.getCommand->parsed()     ? Verb::get
+                                : commands.setCommand->parsed()   ? Verb::set
+                                : commands.resetCommand->parsed() ? Verb::reset
+                                                                  : Verb::show;
+        parsed.command = std::move(commands.options);
     } else if (commands.versionCommand->parsed()) {
         parsed.command = VersionArguments();
     } else {

@@ -12,10 +12,12 @@
 
 namespace quendo {
 
+/// None of the three last means the preset "later".
 struct AddArguments {
     std::string title;
     /// The text of WHEN.
     std::optional<std::string> at;
+    /// The text of PRESET.
     std::optional<std::string> preset;
     bool mac = false;
 };
@@ -38,6 +40,22 @@ struct DeleteArguments {
     std::vector<std::string> ids;
 };
 
+struct PresetsArguments {
+    /// The text of WHEN; absent for now.
+    std::optional<std::string> from;
+};
+
+struct ActionsArguments {};
+
+struct OptionsArguments {
+    enum class Verb { show, get, set, reset };
+    Verb verb = Verb::show;
+    /// The text of KEY, for `get` and `set`.
+    std::string key;
+    /// The text of VALUE, for `set`.
+    std::string value;
+};
+
 struct VersionArguments {};
 struct DoctorArguments {};
 
@@ -46,7 +64,8 @@ struct Arguments {
     std::optional<std::string> home;
     bool json = false;
     bool quiet = false;
-    std::variant<AddArguments, ListArguments, ShowArguments, DeleteArguments, VersionArguments, DoctorArguments>
+    std::variant<AddArguments, ListArguments, ShowArguments, DeleteArguments, PresetsArguments, ActionsArguments,
+                 OptionsArguments, VersionArguments, DoctorArguments>
         command;
 };
 

@@ -3,11 +3,13 @@
 #include <cstdlib>
 #include <optional>
 #include <string_view>
+#include <system_error>
 #include <unistd.h>
 
 #include <sys/stat.h>
 
 #include "adapters/cctz/local_time_zone.hpp"
+#include "adapters/files/file_user_defaults.hpp"
 #include "adapters/sqlite/sqlite_realm_provider.hpp"
 #include "apps/quendo/lock_file.hpp"
 #include "quendokit/store/quendokit_config.hpp"
@@ -97,6 +99,18 @@ Finding databaseFinding(const Folders& folders, ExitCode& code) {
     return {"database", true, detail};
 }
 
+Finding settingsFinding(const Folders& folders, ExitCode& code) {
+    if (const auto error = quendokit::FileUserDefaults::examine(folders.settings())) {
+        if (error->code == static_cast<int>(quendokit::FileUserDefaultsErrorCode::damaged)) {
+            code = ExitCode::damaged;
+        }
+        return {"settings", false, error->description};
+    }
+    std::error_code unknown;
+    const bool some = std::filesystem::exists(folders.settings(), unknown);
+    return {"settings", true, some ? "sound" : "as everyone begins"};
+}
+
 Finding zoneFinding() {
     const char* variable = std::getenv("TZ");
     std::string_view named = variable != nullptr ? variable : "";
@@ -116,10 +130,12 @@ Diagnosis examine(const Folders& folders) {
     const auto database = folders.database();
     Diagnosis diagnosis{{}, ExitCode::done};
     diagnosis.findings.push_back(foldersFinding(folders));
-    diagnosis.findings.push_back(accessFinding(
-        "files", {database, database.string() + "-wal", database.string() + "-shm", folders.lock(), folders.log()}));
+    diagnosis.findings.push_back(
+        accessFinding("files", {database, database.string() + "-wal", database.string() + "-shm", folders.lock(),
+                                folders.log(), folders.settings()}));
     diagnosis.findings.push_back(lockFinding(folders));
     diagnosis.findings.push_back(databaseFinding(folders, diagnosis.code));
+    diagnosis.findings.push_back(settingsFinding(folders, diagnosis.code));
     diagnosis.findings.push_back(zoneFinding());
     for (const Finding& finding : diagnosis.findings) {
         if (!finding.ok && diagnosis.code == ExitCode::done) {

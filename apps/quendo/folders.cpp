@@ -7,22 +7,15 @@
 #include <sys/stat.h>
 
 namespace quendo {
+
+using quendokit::LinuxFolders;
+
 namespace {
 
 /// Absent when the variable is unset or empty.
 std::optional<std::string> environment(const char* name) {
     const char* value = std::getenv(name);
     return value == nullptr || *value == '\0' ? std::nullopt : std::optional<std::string>(value);
-}
-
-/// An XDG folder; a relative one does not count, as the convention asks.
-std::optional<std::filesystem::path> xdgFolder(const char* variable, const char* belowHome) {
-    const auto named = environment(variable);
-    if (named && named->starts_with('/')) {
-        return std::filesystem::path(*named) / "quendo";
-    }
-    const auto home = environment("HOME");
-    return home ? std::optional(std::filesystem::path(*home) / belowHome / "quendo") : std::nullopt;
 }
 
 }  // namespace
@@ -32,16 +25,14 @@ Outcome<Folders> findFolders(const std::optional<std::string>& home) {
         return Failure{ExitCode::usage, "--home is empty; name a folder"};
     }
     if (const auto folder = home ? home : environment("QUENDO_HOME")) {
-        return Folders{*folder, *folder, *folder};
+        return Folders{LinuxFolders::inOne(*folder)};
     }
-    const auto data = xdgFolder("XDG_DATA_HOME", ".local/share");
-    const auto config = xdgFolder("XDG_CONFIG_HOME", ".config");
-    const auto state = xdgFolder("XDG_STATE_HOME", ".local/state");
-    if (!data || !config || !state) {
+    const auto folders = LinuxFolders::xdg("quendo");
+    if (!folders) {
         return Failure{ExitCode::usage,
                        "there is no home folder to keep reminders in; set HOME, or name one with --home DIR"};
     }
-    return Folders{*data, *config, *state};
+    return Folders{*folders};
 }
 
 std::optional<Failure> makeFolder(const std::filesystem::path& folder) {

@@ -6,17 +6,13 @@
 #include <optional>
 #include <string>
 
+#include "adapters/linux/linux_folders.hpp"
 #include "apps/quendo/failure.hpp"
 
 namespace quendo {
 
 /// The folders of one person's reminders; all the same one when a home was named.
-struct Folders {
-    std::filesystem::path data;
-    std::filesystem::path config;
-    std::filesystem::path state;
-
-    [[nodiscard]] std::filesystem::path database() const { return data / "reminders.sqlite"; }
+struct Folders : quendokit::LinuxFolders {
     [[nodiscard]] std::filesystem::path lock() const { return state / "quendo.lock"; }
     [[nodiscard]] std::filesystem::path log() const { return state / "quendo.log"; }
 };

@@ -3,11 +3,13 @@
 
 #include <sys/stat.h>
 
+#include "apps/quendo/locale_folder.hpp"
 #include "apps/quendo/program.hpp"
 #include "apps/quendo/standard_output.hpp"
 
 int main(int argc, char** argv) {
     quendo::prepareStandardStreams();
+    quendo::takeLocale();
     // Nothing that this program makes is for other users.
     umask(0077);
     // A caller may leave out even the name of the program.

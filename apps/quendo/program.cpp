@@ -9,6 +9,8 @@
 #include "apps/quendo/arguments.hpp"
 #include "apps/quendo/doctor.hpp"
 #include "apps/quendo/escaped_text.hpp"
+#include "apps/quendo/option_assignment.hpp"
+#include "apps/quendo/preset_name.hpp"
 #include "apps/quendo/render_json.hpp"
 #include "apps/quendo/render_text.hpp"
 #include "apps/quendo/session.hpp"
@@ -77,8 +79,12 @@ public:
             1) {
             return Failure{ExitCode::usage, "--at, --preset and --mac exclude each other; give one of them"};
         }
-        if (arguments.preset || (!arguments.at && !arguments.mac)) {
-            return Failure{ExitCode::usage, "presets are not in this version; give --at WHEN or --mac"};
+        if (!arguments.at && !arguments.mac) {
+            auto preset = parsePreset(arguments.preset.value_or("later"));
+            if (!preset) {
+                return preset.failure();
+            }
+            return add([&](Session& session) { return session.add(arguments.title, preset.value()); });
         }
         auto condition = ReminderCondition::device(quendokit::DeviceType::mac);
         if (arguments.at) {
@@ -88,13 +94,7 @@ public:
             }
             condition = ReminderCondition::dateTime(moment.value());
         }
-        return withSession([&](Session& session) -> Outcome<Answer> {
-            auto view = session.add(arguments.title, condition);
-            if (!view) {
-                return view.failure();
-            }
-            return Answer{json_ ? json::reminder(view.value(), *zone_) : plain::stored(view.value(), *zone_)};
-        });
+        return add([&](Session& session) { return session.add(arguments.title, condition); });
     }
 
     Outcome<Answer> operator()(const ListArguments& arguments) {
@@ -139,6 +139,64 @@ public:
         });
     }
 
+    Outcome<Answer> operator()(const PresetsArguments& arguments) {
+        std::optional<Date> from;
+        if (arguments.from) {
+            auto when = parseWhen(*arguments.from, quendokit::SystemClock().now(), *zone_);
+            if (!when) {
+                return Failure{ExitCode::usage, when.error().description};
+            }
+            from = when.value().date;
+        }
+        return withSession([&](Session& session) -> Outcome<Answer> {
+            const PresetsView view = session.presets(from);
+            if (!view.category && !quiet_) {
+                warn(
+                    "two of morning, afternoon and evening begin at the same time, so notifications have no category; "
+                    "change one with quendo options set");
+            }
+            return Answer{json_ ? json::presets(view, *zone_) : plain::presets(view, *zone_)};
+        });
+    }
+
+    Outcome<Answer> operator()(const ActionsArguments&) {
+        return withSession([&](Session& session) -> Outcome<Answer> {
+            return Answer{json_ ? json::actions(session.actions()) : plain::actions(session.actions())};
+        });
+    }
+
+    Outcome<Answer> operator()(const OptionsArguments& arguments) {
+        using Verb = OptionsArguments::Verb;
+        std::optional<OptionKey> key;
+        if (arguments.verb == Verb::get || arguments.verb == Verb::set) {
+            auto known = parseOptionKey(arguments.key);
+            if (!known) {
+                return known.failure();
+            }
+            key = known.value();
+        }
+        return withSession([&](Session& session) -> Outcome<Answer> {
+            auto view = Outcome<OptionsView>(session.options());
+            if (arguments.verb == Verb::set) {
+                auto assignment = parseOptionValue(*key, arguments.value);
+                if (!assignment) {
+                    return assignment.failure();
+                }
+                view = session.set(assignment.value());
+            } else if (arguments.verb == Verb::reset) {
+                view = session.resetOptions();
+            }
+            if (!view) {
+                return view.failure();
+            }
+            if (json_) {
+                return Answer{json::options(view.value())};
+            }
+            return Answer{arguments.verb == Verb::get ? plain::option(*key, view.value())
+                                                      : plain::options(view.value())};
+        });
+    }
+
     Outcome<Answer> operator()(const VersionArguments&) const {
         return Answer{json_ ? json::version() : plain::version()};
     }
@@ -149,9 +207,24 @@ public:
     }
 
 private:
+    template <typename Store>
+    Outcome<Answer> add(Store store) {
+        return withSession([&](Session& session) -> Outcome<Answer> {
+            Outcome<ReminderView> view = store(session);
+            if (!view) {
+                return view.failure();
+            }
+            return Answer{json_ ? json::reminder(view.value(), *zone_) : plain::stored(view.value(), *zone_)};
+        });
+    }
+
     template <typename Work>
     Outcome<Answer> withSession(Work work) {
-        auto session = Session::open(folders_);
+        auto session = Session::open(folders_, [quiet = quiet_](const std::string& line) {
+            if (!quiet) {
+                warn(escapedText(line));
+            }
+        });
         if (!session) {
             return session.failure();
         }

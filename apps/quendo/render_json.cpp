@@ -5,6 +5,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "apps/quendo/option_assignment.hpp"
+#include "quendokit/presets/preset_controller.hpp"
 #include "quendokit/store/quendokit_config.hpp"
 
 namespace quendo::json {
@@ -51,6 +53,18 @@ Json object(const ReminderView& view, const quendokit::LocalTimeZone& zone) {
     };
 }
 
+Json preset(const PresetView& view, const quendokit::LocalTimeZone& zone) {
+    return {{"name", view.name}, {"type", nameOf(view.type)}, {"condition", condition(view.condition, zone)}};
+}
+
+Json numbers(const std::vector<quendokit::Day>& days) {
+    Json list = Json::array();
+    for (const quendokit::Day day : days) {
+        list.push_back(day.rawValue());
+    }
+    return list;
+}
+
 }  // namespace
 
 std::string reminder(const ReminderView& view, const quendokit::LocalTimeZone& zone) {
@@ -71,6 +85,55 @@ std::string identifiers(const std::vector<ReminderView>& views) {
         list.push_back(view.id);
     }
     return text(list);
+}
+
+std::string presets(const PresetsView& view, const quendokit::LocalTimeZone& zone) {
+    Json list = Json::array();
+    for (std::size_t index = 0; index < view.presets.size(); ++index) {
+        const PresetView& each = view.presets[index];
+        list.push_back({{"index", index},
+                        {"name", each.name},
+                        {"type", nameOf(each.type)},
+                        {"event", quendokit::PresetController().eventName(static_cast<std::int64_t>(index))},
+                        {"condition", condition(each.condition, zone)}});
+    }
+    return text({
+        {"now", time(view.now, zone)},
+        {"for", time(view.from, zone)},
+        {"category", view.category ? Json(view.category->rawValue()) : Json(nullptr)},
+        {"presets", list},
+        {"short", preset(view.inShort, zone)},
+    });
+}
+
+std::string actions(const std::vector<ActionView>& views) {
+    Json list = Json::array();
+    for (const ActionView& view : views) {
+        list.push_back({{"id", view.action.rawValue()},
+                        {"event", view.action.event()},
+                        {"name", view.title},
+                        {"preset", {{"name", view.presetName}, {"type", nameOf(view.presetType)}}}});
+    }
+    return text(list);
+}
+
+std::string options(const OptionsView& view) {
+    return text({
+        {nameOf(OptionKey::firstWorkday), view.firstWorkday.rawValue()},
+        {nameOf(OptionKey::firstWeekend), view.firstWeekend.rawValue()},
+        {nameOf(OptionKey::workdayMorning), view.workdayMorning},
+        {nameOf(OptionKey::weekendMorning), view.weekendMorning},
+        {nameOf(OptionKey::afternoon), view.afternoon},
+        {nameOf(OptionKey::evening), view.evening},
+        {nameOf(OptionKey::later), view.later},
+        {nameOf(OptionKey::postpone), view.postpone},
+        {nameOf(OptionKey::hasMacApp), view.hasMacApp ? Json(*view.hasMacApp) : Json(nullptr)},
+        {"workdays", numbers(view.workdays)},
+        {"weekend", numbers(view.weekend)},
+        {"this-morning", view.thisMorning},
+        {"tomorrow-morning", view.tomorrowMorning},
+        {"next-morning", view.nextMorning},
+    });
 }
 
 std::string findings(const std::vector<Finding>& findings) {

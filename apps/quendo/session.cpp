@@ -4,17 +4,23 @@
 #include <chrono>
 #include <utility>
 
-#include "adapters/event_loop/system_clock.hpp"
-#include "adapters/sqlite/sqlite_realm_provider.hpp"
+#include "adapters/linux/linux_platform.hpp"
 #include "apps/quendo/identifiers.hpp"
+#include "apps/quendo/locale_folder.hpp"
 #include "apps/quendo/log_file.hpp"
+#include "apps/quendo/option_change.hpp"
+#include "hostkit/guarded_user_defaults.hpp"
+#include "quendokit/model/date_operations.hpp"
+#include "quendokit/options/options.hpp"
 #include "quendokit/platform/realm.hpp"
+#include "quendokit/presets/preset_controller.hpp"
 #include "quendokit/store/quendokit_config.hpp"
 #include "quendokit/store/reminder_controller.hpp"
 
 namespace quendo {
 namespace {
 
+using quendokit::Date;
 using quendokit::ReminderControllerInternal;
 using quendokit::ReminderList;
 
@@ -22,9 +28,15 @@ constexpr std::chrono::seconds patience(5);
 
 }  // namespace
 
-/// What went wrong in the database during the current operation: the engine itself reports no errors.
+/// What went wrong with the files during the current operation: the engine itself reports no errors.
 struct Session::Record {
     std::optional<quendokit::Error> firstError;
+
+    void note(const quendokit::Error& error) {
+        if (!firstError) {
+            firstError = error;
+        }
+    }
 
     [[nodiscard]] std::optional<Failure> takeFailure() {
         const auto error = std::exchange(firstError, std::nullopt);
@@ -42,8 +54,8 @@ public:
     std::optional<std::string> lastScheduled;
 };
 
-Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders) {
-    for (const auto& folder : {folders.data, folders.state}) {
+Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::function<void(const std::string&)> warn) {
+    for (const auto& folder : {folders.data, folders.config, folders.state}) {
         if (auto failure = makeFolder(folder)) {
             return *std::move(failure);
         }
@@ -53,27 +65,34 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders) {
         return lock.failure();
     }
     const auto record = std::make_shared<Record>();
-    quendokit::SQLiteRealmOptions options;
-    options.defaultFile = folders.database();
-    options.busyTimeout = patience;
-    options.onFailure = [record](const quendokit::Error& error) {
-        if (!record->firstError) {
-            record->firstError = error;
-        }
-    };
-    quendokit::platform::Services services;
-    services.clock = std::make_shared<quendokit::SystemClock>();
-    services.realmProvider = std::make_shared<quendokit::SQLiteRealmProvider>(std::move(options));
+    quendokit::LinuxPlatformOptions options;
+    options.folders = folders;
+    options.localeFolder = findLocaleFolder();
+    options.AppIdentifier = "quendo";
+    options.organisationPrefix = "quendo";
+    options.patience = patience;
+    options.onFailure = [record](const quendokit::Error& error) { record->note(error); };
+    auto services = quendokit::makeLinuxPlatform(std::move(options)).services;
+    // The settings are read while they are made: what was wrong with them then stops nobody.
+    if (const auto damage = record->takeFailure()) {
+        warn(damage->line);
+    }
     services.standardOutput = std::make_shared<LogFile>(folders.log());
-    services.AppIdentifier = "quendo";
-    std::unique_ptr<Session> session(new Session(std::move(lock).value(), record, std::move(services)));
+    services.userDefaults = std::make_shared<quendokit::GuardedUserDefaults>(
+        services.userDefaults, quendokit::SettingsGuardOptions{true, std::move(warn)});
+    return std::unique_ptr<Session>(new Session(std::move(lock).value(), record, std::move(services)));
+}
+
+std::optional<Failure> Session::openDatabase() {
+    if (controller_) {
+        return std::nullopt;
+    }
     auto realm = quendokit::Realm::open(quendokit::QuendoKitConfig());
     if (!realm) {
         return failureOf(realm.error());
     }
-    session->controller_ =
-        quendokit::ReminderController::create(session->scheduler_, std::move(realm).value(), nullptr, nullptr);
-    return session;
+    controller_ = quendokit::ReminderController::create(scheduler_, std::move(realm).value(), nullptr, nullptr);
+    return std::nullopt;
 }
 
 Session::Session(LockFile lock, std::shared_ptr<Record> record, quendokit::platform::Services services)
@@ -85,6 +104,9 @@ Session::Session(LockFile lock, std::shared_ptr<Record> record, quendokit::platf
 Session::~Session() = default;
 
 Outcome<ReminderView> Session::add(const std::string& title, const quendokit::ReminderCondition& condition) {
+    if (auto failure = openDatabase()) {
+        return *std::move(failure);
+    }
     scheduler_->lastScheduled.reset();
     controller_->store(quendokit::ReminderStruct(title, condition));
     const auto id = scheduler_->lastScheduled;
@@ -97,7 +119,21 @@ Outcome<ReminderView> Session::add(const std::string& title, const quendokit::Re
     return view ? *std::move(view) : ReminderView{id.value_or(""), title, false, condition, std::nullopt, true, false};
 }
 
+Outcome<ReminderView> Session::add(const std::string& title, std::size_t preset) {
+    const auto chosen = quendokit::PresetController().presets().at(preset);
+    const Date now = quendokit::platform::clock().now();
+    auto condition = chosen.configuration(now);
+    if (const auto date = condition.date(); date && *date <= now) {
+        // In the very second in which the morning begins, "tomorrow morning" has just gone by: it is the next one then.
+        condition = chosen.configuration(now + 1);
+    }
+    return add(title, condition);
+}
+
 Outcome<std::vector<ReminderView>> Session::list(const ListRequest& request) {
+    if (auto failure = openDatabase()) {
+        return *std::move(failure);
+    }
     auto found = views(request);
     if (auto failure = record_->takeFailure()) {
         return *std::move(failure);
@@ -109,6 +145,9 @@ Outcome<std::vector<ReminderView>> Session::list(const ListRequest& request) {
 }
 
 Outcome<ReminderView> Session::show(const std::string& id) {
+    if (auto failure = openDatabase()) {
+        return *std::move(failure);
+    }
     auto found = find(id, true);
     if (auto failure = record_->takeFailure()) {
         return *std::move(failure);
@@ -117,6 +156,9 @@ Outcome<ReminderView> Session::show(const std::string& id) {
 }
 
 Outcome<std::vector<ReminderView>> Session::delete_(const std::vector<std::string>& ids) {
+    if (auto failure = openDatabase()) {
+        return *std::move(failure);
+    }
     std::vector<ReminderView> chosen;
     for (const std::string& id : ids) {
         auto found = find(id, false);
@@ -147,8 +189,40 @@ Outcome<std::vector<ReminderView>> Session::delete_(const std::vector<std::strin
     return chosen;
 }
 
+PresetsView Session::presets(std::optional<Date> from) const {
+    const Date now = quendokit::platform::clock().now();
+    return viewPresets(now, from.value_or(now));
+}
+
+std::vector<ActionView> Session::actions() const {
+    return viewActions();
+}
+
+OptionsView Session::options() const {
+    return viewOptions();
+}
+
+Outcome<OptionsView> Session::set(const OptionAssignment& assignment) {
+    if (auto failure = refusalOf(assignment)) {
+        return *std::move(failure);
+    }
+    assign(assignment);
+    if (auto failure = record_->takeFailure()) {
+        return *std::move(failure);
+    }
+    return viewOptions();
+}
+
+Outcome<OptionsView> Session::resetOptions() {
+    quendokit::Options::reset();
+    if (auto failure = record_->takeFailure()) {
+        return *std::move(failure);
+    }
+    return viewOptions();
+}
+
 std::vector<ReminderView> Session::views(const ListRequest& request) const {
-    const quendokit::Date now = quendokit::platform::clock().now();
+    const Date now = quendokit::platform::clock().now();
     auto items = ReminderControllerInternal::reminderItems(*controller_, request.includingDeleted, now);
     std::vector<ReminderView> result;
     for (const ReminderList list : request.lists) {

@@ -178,7 +178,7 @@ Result<When> parseDateTime(std::string_view text, const LocalTimeZone& zone) {
     return located ? checked(text, {located->date, located->kind}, zone) : unreadable(text);
 }
 
-Result<When> parseTimeOfDay(std::string_view text, Date now, const LocalTimeZone& zone) {
+Result<When> parseNextTimeOfDay(std::string_view text, Date now, const LocalTimeZone& zone) {
     const auto today = zone.localDateTime(now);
     LocalDateTime time;
     Reader reader(text);
@@ -214,14 +214,14 @@ Result<When> parseTimeOfDay(std::string_view text, Date now, const LocalTimeZone
     }
 }
 
-Result<When> parseDuration(std::string_view text, Date now, const LocalTimeZone& zone) {
+/// Absent when `text` is no duration; infinite when it is too long for a number.
+std::optional<double> lengthOf(std::string_view text) {
     struct Unit {
         char letter;
         double seconds;
     };
     constexpr std::array<Unit, 4> units{{{'d', secondsOfDay}, {'h', 3'600}, {'m', 60}, {'s', 1}}};
     Reader reader(text);
-    reader.take('+');
     double seconds = 0;
     auto unit = units.begin();
     do {
@@ -230,12 +230,20 @@ Result<When> parseDuration(std::string_view text, Date now, const LocalTimeZone&
             ++unit;
         }
         if (count.empty() || unit == units.end()) {
-            return refusal(text, "is no duration: write days, hours, minutes and seconds in this order, as +1d2h30m");
+            return std::nullopt;
         }
         seconds += toSeconds(count) * unit->seconds;
         ++unit;
     } while (!reader.atEnd());
-    return checked(text, {Date(now.timeIntervalSince1970() + seconds), LocalTimeKind::unique}, zone);
+    return seconds;
+}
+
+Result<When> parseDuration(std::string_view text, Date now, const LocalTimeZone& zone) {
+    const auto seconds = lengthOf(text.substr(1));
+    if (!seconds) {
+        return refusal(text, "is no duration: write days, hours, minutes and seconds in this order, as +1d2h30m");
+    }
+    return checked(text, {Date(now.timeIntervalSince1970() + *seconds), LocalTimeKind::unique}, zone);
 }
 
 Result<When> parseEpoch(std::string_view text, const LocalTimeZone& zone) {
@@ -257,7 +265,22 @@ Result<When> parseWhen(std::string_view text, Date now, const LocalTimeZone& zon
     if (text.starts_with('+')) {
         return parseDuration(text, now, zone);
     }
-    return text.find('-') == 4 ? parseDateTime(text, zone) : parseTimeOfDay(text, now, zone);
+    return text.find('-') == 4 ? parseDateTime(text, zone) : parseNextTimeOfDay(text, now, zone);
+}
+
+std::optional<std::int64_t> parseTimeOfDay(std::string_view text) {
+    LocalDateTime time;
+    Reader reader(text);
+    if (!reader.takeTimeOfDay(time) || !reader.atEnd() || !isValid(time)) {
+        return std::nullopt;
+    }
+    return wallSeconds(time);
+}
+
+std::optional<std::int64_t> parseSecondsOfDuration(std::string_view text) {
+    constexpr double beyond = 9'223'372'036'854'775'808.0;  // 2^63
+    const auto seconds = lengthOf(text);
+    return seconds && *seconds < beyond ? std::optional(static_cast<std::int64_t>(*seconds)) : std::nullopt;
 }
 
 std::string whenText(Date date, const LocalTimeZone& zone) {

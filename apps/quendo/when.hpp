@@ -1,7 +1,9 @@
 #pragma once
 /// \file
-/// The moments that a person types, and how a moment is told to a person.
+/// The moments, times of day and durations that a person types, and how a moment is told to a person.
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -36,6 +38,13 @@ struct When {
 /// 0001 to 9999. Any thread.
 [[nodiscard]] quendokit::Result<When> parseWhen(std::string_view text, quendokit::Date now,
                                                 const quendokit::LocalTimeZone& zone);
+
+/// The seconds since midnight of "09:30" or "09:30:15", two digits each. Absent for anything else. Any thread.
+[[nodiscard]] std::optional<std::int64_t> parseTimeOfDay(std::string_view text);
+
+/// The seconds of "3h", "20m" or "1d2h30m10s": each unit once at most, in this order, a day with 86,400. Absent for
+/// anything else, and beyond 64 bits. Any thread.
+[[nodiscard]] std::optional<std::int64_t> parseSecondsOfDuration(std::string_view text);
 
 /// `date` on the clocks of `zone`, "2026-11-21 18:00"; "2026-11-21 18:00:30" when it has whole seconds. A moment whose
 /// local year is not 0001 to 9999 is told as "@253402300800". Any thread.

@@ -49,6 +49,14 @@ protected:
         EXPECT_NE(result.errors.find(words), std::string::npos) << result.errors;
     }
 
+    /// Stops the program's clock at a time of Berlin, as "2026-11-18 10:15:00".
+    void itIs(const std::string& time) {
+        environment_["LD_PRELOAD"] = QUENDO_FAKETIME;
+        environment_["FAKETIME"] = time;
+        environment_["FAKETIME_DONT_FAKE_MONOTONIC"] = "1";
+        environment_["ASAN_OPTIONS"] = "verify_asan_link_order=0";
+    }
+
     quendokit::testing::TemporaryFolder folder_;
     std::filesystem::path home_ = folder_.path() / "home";
     std::filesystem::path database_ = home_ / "reminders.sqlite";

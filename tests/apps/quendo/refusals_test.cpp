@@ -58,11 +58,6 @@ TEST_F(QuendoRefusals, WrongUsage) {
     EXPECT_FALSE(fs::exists(home_)) << "what is refused makes nothing";
 }
 
-TEST_F(QuendoRefusals, AReminderWithoutAConditionUntilThereArePresets) {
-    expectRefusal({"add", "x"}, 2, "presets are not in this version; give --at WHEN or --mac");
-    expectRefusal({"add", "x", "--preset", "later"}, 2, "presets are not in this version");
-}
-
 TEST_F(QuendoRefusals, TitlesThatCannotBeMeant) {
     expectRefusal({"add", "", "--mac"}, 2, "the title is empty");
     expectRefusal({"add", " \t\n", "--mac"}, 2, "the title is empty");
