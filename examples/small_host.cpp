@@ -1,18 +1,17 @@
+#include <clocale>
 #include <cstdio>
 
-#include "adapters/event_loop/system_clock.hpp"
-#include "adapters/sqlite/sqlite_realm_provider.hpp"
-#include "quendokit/platform/services.hpp"
+#include "adapters/linux/linux_platform.hpp"
+#include "quendokit/platform/realm.hpp"
+#include "quendokit/presets/preset_controller.hpp"
 #include "quendokit/store/quendokit_config.hpp"
 #include "quendokit/store/reminder_controller.hpp"
 
 int main() {
-    quendokit::SQLiteRealmOptions files;
-    files.defaultFile = "reminders.sqlite";
-    quendokit::platform::Services services;
-    services.clock = std::make_shared<quendokit::SystemClock>();
-    services.realmProvider = std::make_shared<quendokit::SQLiteRealmProvider>(files);
-    quendokit::platform::install(services);
+    std::setlocale(LC_ALL, "");
+    quendokit::LinuxPlatformOptions host;
+    host.folders = quendokit::LinuxFolders::inOne("small-host");
+    quendokit::installLinuxPlatform(host);
 
     auto realm = quendokit::Realm::open(quendokit::QuendoKitConfig());
     if (!realm) {
@@ -20,8 +19,8 @@ int main() {
         return 1;
     }
     const auto reminders = quendokit::ReminderController::create(nullptr, realm.value());
-    const auto arrival = quendokit::ReminderCondition::device(quendokit::DeviceType::mac);
-    reminders->store(quendokit::ReminderStruct("Print the tickets", arrival));
+    const auto evening = quendokit::PresetController().ThisEvening();
+    reminders->store(evening.remind("Call the bank", quendokit::platform::clock().now()));
     for (const auto& reminder : reminders->reminders(false)) {
         std::printf("%s  %s\n", reminder.id()->c_str(), reminder.title().c_str());
     }

@@ -1,29 +1,32 @@
-// A host that stores a reminder and looks whether it is there: in memory, or in the file that it is given. Then it
-// looks at a local clock.
+// A host that stores a reminder for this evening and looks whether it is there: with what Linux has, in the folder that
+// it is given, or with doubles alone.
 
 #include <cstdio>
 #include <memory>
 
-#include "adapters/cctz/local_time_zone.hpp"
-#include "adapters/event_loop/system_clock.hpp"
-#include "adapters/sqlite/sqlite_realm_provider.hpp"
+#include "adapters/icu/icu_locale.hpp"
+#include "adapters/linux/linux_platform.hpp"
+#include "hostkit/day_plan_check.hpp"
+#include "hostkit/guarded_user_defaults.hpp"
+#include "quendokit/options/options.hpp"
 #include "quendokit/platform/realm.hpp"
-#include "quendokit/platform/services.hpp"
+#include "quendokit/presets/preset_controller.hpp"
 #include "quendokit/store/quendokit_config.hpp"
 #include "quendokit/store/reminder_controller.hpp"
 #include "testing/in_memory_realm.hpp"
+#include "testing/in_memory_user_defaults.hpp"
 
 int main(int count, char** arguments) {
     using namespace quendokit;
 
-    platform::Services services;
-    services.clock = std::make_shared<SystemClock>();
-    services.realmProvider = std::make_shared<testing::InMemoryRealmProvider>();
-    if (count > 1) {
-        SQLiteRealmOptions options;
-        options.defaultFile = arguments[1];
-        services.realmProvider = std::make_shared<SQLiteRealmProvider>(options);
+    LinuxPlatformOptions options;
+    options.folders = LinuxFolders::inOne(count > 1 ? arguments[1] : "unused");
+    platform::Services services = makeLinuxPlatform(options).services;
+    if (count < 2) {
+        services.realmProvider = std::make_shared<testing::InMemoryRealmProvider>();
+        services.userDefaults = std::make_shared<testing::InMemoryUserDefaults>();
     }
+    services.userDefaults = std::make_shared<GuardedUserDefaults>(services.userDefaults, SettingsGuardOptions());
     platform::install(services);
 
     auto realm = Realm::open(QuendoKitConfig());
@@ -32,10 +35,14 @@ int main(int count, char** arguments) {
         return 1;
     }
     const auto controller = ReminderController::create(nullptr, realm.value());
-    controller->store(ReminderStruct("Call the bank", ReminderCondition::device(DeviceType::mac)));
+    const Date now = platform::clock().now();
+    Options::setEvening(72'000);
+    controller->store(PresetController().ThisEvening().remind("Call the bank", now));
 
     const auto reminders = controller->reminders(false);
     const bool found = reminders.size() == 1 && reminders.front().title() == "Call the bank";
-    const bool knowsTime = LocalTimeZone::current()->localDateTime(services.clock->now()).has_value();
-    return found && knowsTime ? 0 : 1;
+    const bool planned = Options::Evening() == 72'000 && !DayPlanCheck().timesCoincideToday();
+    const bool knowsWords = NotificationAction(NotificationAction::Later).name() == "3 hours" &&
+                            ICULocale("de").standaloneWeekdaySymbols().front() == "Sonntag";
+    return found && planned && knowsWords ? 0 : 1;
 }
