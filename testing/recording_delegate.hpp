@@ -2,6 +2,7 @@
 /// \file
 /// `RecordingDelegate`, a `ReminderControllerDelegate` that counts.
 
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -22,7 +23,13 @@ public:
     void reminderControllerDidRemoveReminder(ReminderController& controller) override {
         ++removed_;
         record("did remove", controller);
+        if (onRemove_) {
+            onRemove_();
+        }
     }
+
+    /// Runs `action` whenever it is told of a removal, after that is noted.
+    void onRemove(std::function<void()> action) { onRemove_ = std::move(action); }
 
     [[nodiscard]] int added() const noexcept { return added_; }
     [[nodiscard]] int removed() const noexcept { return removed_; }
@@ -38,6 +45,7 @@ private:
     }
 
     std::shared_ptr<Trace> trace_;
+    std::function<void()> onRemove_;
     int added_ = 0;
     int removed_ = 0;
     const ReminderController* lastController_ = nullptr;

@@ -14,6 +14,57 @@
 
 namespace quendokit {
 
+namespace results_detail {
+
+/// Sorts what consists of few stretches in little more than one pass, and the rest in the usual way.
+template <typename Object, typename Precedes>
+void mergeStretches(std::vector<Object*>& order, const Precedes& precedes) {
+    constexpr int mostStretches = 8;
+    const auto reversed = [&](const Object* one, const Object* other) { return precedes(other, one); };
+    auto begin = order.begin();
+    for (int stretch = 0; begin != order.end(); ++stretch) {
+        if (stretch == mostStretches) {
+            std::sort(order.begin(), order.end(), precedes);
+            return;
+        }
+        auto end = std::is_sorted_until(begin, order.end(), precedes);
+        if (const auto descendingEnd = std::is_sorted_until(begin, order.end(), reversed); descendingEnd > end) {
+            end = descendingEnd;
+            std::reverse(begin, end);
+        }
+        std::inplace_merge(order.begin(), begin, end, precedes);
+        begin = end;
+    }
+}
+
+}  // namespace results_detail
+
+/// Puts objects into the order in which a query answers them. Cheap for long stretches that are in order already, or in
+/// the reverse of it. Fatal if there is no such property.
+template <RealmObject Object>
+void sortObjects(std::vector<Object>& objects, const QueryOrder& order) {
+    const ObjectSchema& schema = Object::schema();
+    const std::size_t property = schema.checkedIndexOf(order.property);
+    const std::size_t key = schema.primaryKeyIndex();
+    const auto precedes = [&](const Object* one, const Object* other) {
+        const Object& left = order.ascending ? *one : *other;
+        const Object& right = order.ascending ? *other : *one;
+        return left.precedes(right, property) || (!right.precedes(left, property) && left.precedes(right, key));
+    };
+    std::vector<Object*> pointers;
+    pointers.reserve(objects.size());
+    for (Object& object : objects) {
+        pointers.push_back(&object);
+    }
+    results_detail::mergeStretches(pointers, precedes);
+    std::vector<Object> sorted;
+    sorted.reserve(objects.size());
+    for (Object* object : pointers) {
+        sorted.push_back(std::move(*object));
+    }
+    objects = std::move(sorted);
+}
+
 /// A query that is asked anew by each of `toVector`, `forEach` and `count`. Plain value; must not outlive its realm;
 /// used on the realm's thread.
 template <typename Object>
@@ -55,7 +106,7 @@ public:
             return true;
         });
         if (!realm_->answersInOrder(query_)) {
-            sort(objects);
+            sortObjects(objects, *query_.order);
         }
         return objects;
     }
@@ -84,51 +135,6 @@ private:
     static Value toValue(Date value) { return value; }
     static Value toValue(std::string_view value) { return std::string(value); }
     static Value toValue(const char* value) { return std::string(value); }
-
-    /// Databases hand out long stretches that are in order already, or in the reverse of it: those are merged.
-    void sort(std::vector<Object>& objects) const {
-        const std::size_t property = query_.schema->checkedIndexOf(query_.order->property);
-        const std::size_t key = query_.schema->primaryKeyIndex();
-        const bool ascending = query_.order->ascending;
-        const auto precedes = [&](const Object* one, const Object* other) {
-            const Object& left = ascending ? *one : *other;
-            const Object& right = ascending ? *other : *one;
-            return left.precedes(right, property) || (!right.precedes(left, property) && left.precedes(right, key));
-        };
-        std::vector<Object*> order;
-        order.reserve(objects.size());
-        for (Object& object : objects) {
-            order.push_back(&object);
-        }
-        mergeStretches(order, precedes);
-        std::vector<Object> sorted;
-        sorted.reserve(objects.size());
-        for (Object* object : order) {
-            sorted.push_back(std::move(*object));
-        }
-        objects = std::move(sorted);
-    }
-
-    /// Sorts what consists of few stretches in little more than one pass, and the rest in the usual way.
-    template <typename Precedes>
-    static void mergeStretches(std::vector<Object*>& order, const Precedes& precedes) {
-        constexpr int mostStretches = 8;
-        const auto reversed = [&](const Object* one, const Object* other) { return precedes(other, one); };
-        auto begin = order.begin();
-        for (int stretch = 0; begin != order.end(); ++stretch) {
-            if (stretch == mostStretches) {
-                std::sort(order.begin(), order.end(), precedes);
-                return;
-            }
-            auto end = std::is_sorted_until(begin, order.end(), precedes);
-            if (const auto descendingEnd = std::is_sorted_until(begin, order.end(), reversed); descendingEnd > end) {
-                end = descendingEnd;
-                std::reverse(begin, end);
-            }
-            std::inplace_merge(order.begin(), begin, end, precedes);
-            begin = end;
-        }
-    }
 
     const Realm* realm_;
     Query query_;

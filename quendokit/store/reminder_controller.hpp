@@ -1,21 +1,32 @@
 #pragma once
 /// \file
-/// `ReminderController`, through which the host stores, lists, looks up and deletes reminders.
+/// `ReminderController`, through which the host keeps a person's reminders.
 
+#include <cstddef>
+#include <initializer_list>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "quendokit/model/reminder_struct.hpp"
 #include "quendokit/platform/export.hpp"
 #include "quendokit/store/reminder_controller_delegate.hpp"
+#include "quendokit/store/reminder_store.hpp"
 #include "quendokit/store/scheduler.hpp"
 
 namespace quendokit {
 
 class Realm;
 class ReminderSyncManager;
+
+/// How many reminders there are.
+struct ReminderStats {
+    /// Those at the Mac and the upcoming ones.
+    std::size_t pending = 0;
+    std::size_t passed = 0;
+};
 
 /// The person's reminders.
 ///
@@ -25,7 +36,8 @@ class ReminderSyncManager;
 ///
 /// Holds scheduler, database and sync manager, and holds weakly the delegate. Main thread only: the thread on which the
 /// database was opened. No operation reports an error; a write that fails leaves what was stored as it was.
-class QUENDOKIT_EXPORT ReminderController : public std::enable_shared_from_this<ReminderController> {
+class QUENDOKIT_EXPORT ReminderController final : public ReminderStore,
+                                                  public std::enable_shared_from_this<ReminderController> {
     struct PrivateTag {};
 
 public:
@@ -39,9 +51,7 @@ public:
     ReminderController(PrivateTag tag, std::shared_ptr<Scheduler> scheduler, std::shared_ptr<Realm> realm,
                        const std::shared_ptr<ReminderControllerDelegate>& delegate,
                        std::shared_ptr<ReminderSyncManager> syncManager);
-    ReminderController(const ReminderController&) = delete;
-    ReminderController& operator=(const ReminderController&) = delete;
-    ~ReminderController();
+    ~ReminderController() override;
 
     /// Stores a new reminder under a fresh id, or replaces the one of the same id. In this order: inside one write, the
     /// old record's notification is cancelled, a line is printed and the record added; then the notification is
@@ -67,6 +77,48 @@ public:
     /// cancels once more), then tells the delegate, even if the write failed. Nothing happens when `reminder` has no id
     /// or is not stored. The record goes away when the cloud has confirmed the deletion.
     void delete_(const ReminderStruct& reminder);
+
+    /// Gives the stored reminder of the same id another condition. In this order: its notification is cancelled, the
+    /// delegate is told of a removal, the change is written, the notification is scheduled and the delegate told of an
+    /// addition; the last two even if the write failed, with what is stored then. `shown` stays: a reminder that was
+    /// shown and now waits for the Mac is passed, not mac. Nothing happens when `reminder` has no id or is not stored.
+    void postpone(const ReminderStruct& reminder, const ReminderCondition& condition);
+
+    /// Marks the device reminders that were not shown yet. Neither scheduler nor delegate are told.
+    void markSeen();
+
+    /// Marks each of `reminders`, as it is given: it replaces what is stored under its id, a deleted reminder too; one
+    /// without an id is stored under a fresh one. Read them right before, so that nothing newer is replaced. Neither
+    /// scheduler nor delegate are told.
+    void markSeen(const std::vector<ReminderStruct>& reminders);
+
+    /// What `reminders(false)` counts, and records that are no reminders with it. The argument changes nothing:
+    /// deleted reminders never count.
+    [[nodiscard]] ReminderStats reminderStats(bool includingDeleted) const;
+
+    /// Stores many in one write, as `store(reminder)` does one, but replaces deleted ones, too, and cancels nothing.
+    /// Then, for each in turn, the notification is scheduled, of one without an id without the id that it got, and the
+    /// delegate told. After a failed write nothing more happens.
+    void store(const std::vector<ReminderStruct>& reminders);
+    /// Braces around one reminder are a list of one.
+    void store(std::initializer_list<ReminderStruct> reminders) { store(std::vector<ReminderStruct>(reminders)); }
+
+    /// Removes everything from the database of this device, then tells the delegate, but not if the write failed.
+    /// Notifications stay armed.
+    void clearRealm();
+
+    /// For the sync manager. Mac, upcoming, passed, each in its order; never absent. Costs by what they answer.
+    [[nodiscard]] std::optional<std::vector<ReminderItem>> remindersToUpload() override;
+    [[nodiscard]] std::optional<std::vector<ReminderItem>> remindersToDelete() override;
+
+    /// For the sync manager: `store(reminder)` in a later turn of the main queue, which keeps the controller until
+    /// then. Any thread.
+    void storeReminder(const ReminderStruct& reminder) override;
+    /// For the sync manager: removes the record for good, likewise; nothing when there is none. Any thread.
+    void deleteReminder(const std::string& id) override;
+    /// For the sync manager: in one write, likewise, these records have no unconfirmed change any more, and those that
+    /// are deleted go. Ids without a record are ignored, a failed write is dropped. Any thread.
+    void didSyncReminders(const std::vector<std::string>& ids) override;
 
     /// Absent (null) when none was given.
     [[nodiscard]] const std::shared_ptr<ReminderSyncManager>& syncManager() const noexcept { return syncManager_; }

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "quendokit/platform/date.hpp"
 #include "quendokit/store/reminder_controller.hpp"
@@ -24,6 +25,9 @@ public:
     /// The first record of `reminderItems(controller, true)` with this id; absent when there is none.
     [[nodiscard]] static std::optional<ReminderItem> reminderItem(const ReminderController& controller,
                                                                   std::string_view id);
+
+    /// The device reminders that were not shown yet, deleted ones too, in no particular order.
+    [[nodiscard]] static std::vector<ReminderItem> unseenReminders(const ReminderController& controller);
 
     /// Cancels the item's notification, then marks the record deleted and pending. A failed write is dropped.
     static void softDelete(ReminderController& controller, const ReminderItem& item);

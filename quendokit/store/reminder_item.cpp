@@ -36,8 +36,10 @@ ObjectSchema makeSchema() {
                  {"_device", "_datetime", "ID", "deleted", "title", "shown", "completionDate", "pending"},
                  ""},
                 // The first properties repeat the condition: a database searches an index by its first properties.
-                {"waiting_at_mac", {"_device", "shown", "title", "ID"}, "_device = 1 AND shown = false"},
-                {"seen_at_device", {"shown", "completionDate", "ID"}, "shown = true AND _device != -1"},
+                {"waiting_at_mac", {"_device", "shown", "title", "ID", "deleted"}, "_device = 1 AND shown = false"},
+                {"seen_at_device", {"shown", "completionDate", "ID", "deleted"}, "shown = true AND _device != -1"},
+                {"unseen_at_device", {"shown", "_device"}, "shown = false AND _device != -1"},
+                {"unsent", {"pending", "deleted"}, "pending = true"},
             },
     };
 }

@@ -28,9 +28,16 @@ struct ReminderItems {
 [[nodiscard]] QUENDOKIT_EXPORT Results<ReminderItem> resultsOf(ReminderList list, const Realm& realm,
                                                                bool includingDeleted, Date now);
 
+/// Those records of `set` that are in a list at the instant `now`: mac, upcoming, remaining, each in its list's order.
+/// Costs by the size of `set`, not of the lists.
+[[nodiscard]] QUENDOKIT_EXPORT std::vector<ReminderItem> inListOrder(const Results<ReminderItem>& set, Date now);
+
 /// The list that holds `item` at the instant `now`; absent when none does. Answers for one record what `resultsOf`
 /// answers for all, so that a look-up need not read them.
 [[nodiscard]] QUENDOKIT_EXPORT std::optional<ReminderList> listOf(const ReminderItem& item, Date now);
+
+/// The record with this id, in a list or not; absent when there is none.
+[[nodiscard]] QUENDOKIT_EXPORT std::optional<ReminderItem> storedItem(const Realm& realm, std::string_view id);
 
 /// The record with this id, in whatever list; absent when there is none, or it is in none of the lists at `now`.
 [[nodiscard]] QUENDOKIT_EXPORT std::optional<ReminderItem> listedItem(const Realm& realm, std::string_view id,

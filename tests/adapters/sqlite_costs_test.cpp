@@ -28,6 +28,7 @@ protected:
                     i % 50 == 0 ? ReminderCondition::device(DeviceType::mac) : ReminderCondition::dateTime(date);
                 ReminderItem item("Reminder " + std::to_string(i), condition, idOf(i), i % 100 == 0);
                 item.deleted = i % 100 == 7;
+                item.pending = i < 10;
                 realm_->add(item, true);
             }
         }));
@@ -43,6 +44,10 @@ protected:
         static_cast<void>(controller_->reminder(idOf(3)));
         static_cast<void>(controller_->reminder("unknown"));
         static_cast<void>(ReminderControllerInternal::reminderItem(*controller_, idOf(50)));
+        static_cast<void>(controller_->reminderStats(false));
+        static_cast<void>(controller_->remindersToUpload());
+        static_cast<void>(controller_->remindersToDelete());
+        static_cast<void>(ReminderControllerInternal::unseenReminders(*controller_));
     }
 
     /// The sum of a counter over all statements, set back to 0.
@@ -118,6 +123,68 @@ TEST_F(SQLiteCosts, DeletingSyncsOnceAndHardDeletingOnce) {
     EXPECT_EQ(shim_.syncCount() - before, 1U);
 }
 
+TEST_F(SQLiteCosts, PostponingSyncsOnce) {
+    fill(60);
+    for (const int i : {3, 4, 50}) {
+        for (const auto& condition :
+             {ReminderCondition::dateTime(Date(2'000'000'000)), ReminderCondition::device(DeviceType::mac)}) {
+            const auto before = shim_.syncCount();
+            controller_->postpone(*controller_->reminder(idOf(i)), condition);
+            EXPECT_EQ(shim_.syncCount() - before, 1U);
+        }
+    }
+}
+
+TEST_F(SQLiteCosts, MarkingSeenSyncsOnceForAnyNumber) {
+    fill(500);
+    auto before = shim_.syncCount();
+    controller_->markSeen();
+    EXPECT_EQ(shim_.syncCount() - before, 1U);
+
+    const auto reminders = controller_->reminders(false);
+    before = shim_.syncCount();
+    controller_->markSeen(reminders);
+    EXPECT_EQ(shim_.syncCount() - before, 1U);
+}
+
+TEST_F(SQLiteCosts, MarkingNothingSeenSyncsNothing) {
+    controller_->markSeen();
+    fill(10);
+    controller_->markSeen();
+    const auto before = shim_.changeCount();
+    controller_->markSeen();
+    controller_->markSeen(std::vector<ReminderStruct>());
+    EXPECT_EQ(shim_.changeCount(), before);
+}
+
+TEST_F(SQLiteCosts, StoringManySyncsOnceForAnyNumber) {
+    std::vector<ReminderStruct> reminders;
+    for (int i = 0; i < 500; ++i) {
+        reminders.emplace_back("new", ReminderCondition::dateTime(Date(2'000'000'000)));
+    }
+    controller_->store({reminders.front()});
+    const auto before = shim_.syncCount();
+    controller_->store(reminders);
+    EXPECT_EQ(shim_.syncCount() - before, 1U);
+}
+
+TEST_F(SQLiteCosts, WhatTheCloudConfirmsSyncsOnceAndWhatArrivesOnceEach) {
+    fill(100);
+    std::vector<std::string> ids;
+    for (int i = 0; i < 100; ++i) {
+        ids.push_back(idOf(i));
+    }
+    controller_->didSyncReminders(ids);
+    controller_->storeReminder(*controller_->reminder(idOf(3)));
+    controller_->deleteReminder(idOf(4));
+    controller_->deleteReminder("unknown");
+    for (const std::size_t syncs : {1U, 1U, 1U, 0U}) {
+        const auto before = shim_.syncCount();
+        ASSERT_TRUE(world_.mainQueue->runNext());
+        EXPECT_EQ(shim_.syncCount() - before, syncs);
+    }
+}
+
 TEST_F(SQLiteCosts, OneWriteOfManyObjectsSyncsOnce) {
     fill(1);
     const auto before = shim_.syncCount();
@@ -137,6 +204,8 @@ TEST_F(SQLiteCosts, AListingReadsTheClockOnce) {
     const auto before = world_.clock->readCount();
     static_cast<void>(controller_->reminders(false));
     EXPECT_EQ(world_.clock->readCount() - before, 1U);
+    static_cast<void>(controller_->reminderStats(false));
+    EXPECT_EQ(world_.clock->readCount() - before, 2U);
 }
 
 TEST_F(SQLiteCosts, NoStatementIsPreparedTwice) {
@@ -144,6 +213,14 @@ TEST_F(SQLiteCosts, NoStatementIsPreparedTwice) {
         controller_->store(ReminderStruct("new", ReminderCondition::dateTime(Date(2'000'000'000))));
         controller_->store(ReminderStruct("new", ReminderCondition::device(DeviceType::mac)));
         controller_->delete_(*controller_->reminder(*scheduler_->scheduled().back().id()));
+        const auto some = *controller_->reminder(idOf(3));
+        controller_->postpone(some, ReminderCondition::device(DeviceType::mac));
+        controller_->postpone(some, ReminderCondition::dateTime(Date(2'000'000'000)));
+        controller_->markSeen();
+        controller_->markSeen({some});
+        controller_->store(std::vector{some, some});
+        controller_->didSyncReminders({idOf(3), *scheduler_->scheduled().front().id()});
+        world_.mainQueue->runAll();
         readEverything();
     };
     fill(100);
@@ -164,6 +241,10 @@ TEST_F(SQLiteCosts, NothingScansATableOrSorts) {
     readEverything();
     controller_->store(ReminderStruct("new", ReminderCondition::dateTime(Date(2'000'000'000))));
     controller_->delete_(*controller_->reminder(idOf(3)));
+    controller_->postpone(*controller_->reminder(idOf(4)), ReminderCondition::device(DeviceType::mac));
+    controller_->markSeen();
+    controller_->didSyncReminders({idOf(3), idOf(4)});
+    world_.mainQueue->runAll();
     EXPECT_EQ(take(SQLITE_STMTSTATUS_FULLSCAN_STEP), 0);
     EXPECT_EQ(take(SQLITE_STMTSTATUS_SORT), 0);
 }
@@ -172,14 +253,20 @@ TEST_F(SQLiteCosts, EveryQueryIsPlannedAsASearchOfTheHintedIndex) {
     fill(1'000);
     readEverything();
     const auto lines = plans();
-    ASSERT_GE(lines.size(), 9U);
+    ASSERT_GE(lines.size(), 16U);
     bool byMac = false;
     bool bySeen = false;
+    int byUnsent = 0;
+    bool byUnseen = false;
     for (const std::string& line : lines) {
         EXPECT_TRUE(line.starts_with("SEARCH ReminderItem USING")) << line;
         byMac = byMac || line.find("INDEX ReminderItem_waiting_at_mac (_device=? AND shown=?)") != std::string::npos;
         bySeen = bySeen || line.find("INDEX ReminderItem_seen_at_device (shown=?)") != std::string::npos;
+        byUnsent += static_cast<int>(line.find("INDEX ReminderItem_unsent (pending=?") != std::string::npos);
+        byUnseen = byUnseen || line.find("INDEX ReminderItem_unseen_at_device (shown=?)") != std::string::npos;
     }
+    EXPECT_EQ(byUnsent, 2);
+    EXPECT_TRUE(byUnseen);
     EXPECT_TRUE(byMac);
     EXPECT_TRUE(bySeen);
     EXPECT_NE(std::find(lines.begin(), lines.end(),
@@ -195,6 +282,22 @@ TEST_F(SQLiteCosts, ALookUpTakesAsManyStepsAmongTenThousandAsAmongAHundred) {
         static_cast<void>(controller_->reminder(idOf(3)));
         take(SQLITE_STMTSTATUS_VM_STEP);
         static_cast<void>(controller_->reminder(idOf(3)));
+        return take(SQLITE_STMTSTATUS_VM_STEP);
+    };
+    fill(100);
+    const int few = steps();
+    fill(10'000);
+    EXPECT_EQ(steps(), few);
+    EXPECT_GT(few, 0);
+}
+
+TEST_F(SQLiteCosts, ListingWhatIsUnsentTakesAsManyStepsAmongTenThousandAsAmongAHundred) {
+    const auto steps = [&] {
+        EXPECT_EQ(controller_->remindersToUpload()->size(), 9U);
+        EXPECT_EQ(controller_->remindersToDelete()->size(), 1U);
+        take(SQLITE_STMTSTATUS_VM_STEP);
+        static_cast<void>(controller_->remindersToUpload());
+        static_cast<void>(controller_->remindersToDelete());
         return take(SQLITE_STMTSTATUS_VM_STEP);
     };
     fill(100);

@@ -17,13 +17,14 @@
 #include "quendokit/store/reminder_controller.hpp"
 #include "quendokit/store/reminder_item.hpp"
 #include "testing/manual_clock.hpp"
+#include "testing/manual_dispatch_queue.hpp"
 #include "testing/recording_line_sink.hpp"
 #include "testing/recording_scheduler.hpp"
 #include "tests/support/temporary_folder.hpp"
 
 namespace quendokit::testing {
 
-/// A manual clock, a recording sink, and a provider whose default file is `file`.
+/// A manual clock and main queue, a recording sink, and a provider whose default file is `file`.
 struct SQLiteWorld {
     /// `fileSystem` is SQLite's by name; empty for the default one.
     explicit SQLiteWorld(const std::string& fileSystem = "") {
@@ -36,6 +37,7 @@ struct SQLiteWorld {
     [[nodiscard]] platform::Services services() const {
         platform::Services result;
         result.clock = clock;
+        result.mainQueue = mainQueue;
         result.realmProvider = std::make_shared<SQLiteRealmProvider>(options);
         result.standardOutput = lines;
         return result;
@@ -48,6 +50,7 @@ struct SQLiteWorld {
     TemporaryFolder folder;
     std::filesystem::path file = folder.path() / "reminders.sqlite";
     std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
+    std::shared_ptr<ManualDispatchQueue> mainQueue = std::make_shared<ManualDispatchQueue>();
     std::shared_ptr<RecordingLineSink> lines = std::make_shared<RecordingLineSink>();
     std::vector<Error> failures;
     SQLiteRealmOptions options;

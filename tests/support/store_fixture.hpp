@@ -15,6 +15,7 @@
 #include "quendokit/store/quendokit_config.hpp"
 #include "quendokit/store/reminder_controller_internal.hpp"
 #include "testing/manual_clock.hpp"
+#include "testing/manual_dispatch_queue.hpp"
 #include "testing/recording_delegate.hpp"
 #include "testing/recording_line_sink.hpp"
 #include "testing/recording_scheduler.hpp"
@@ -25,7 +26,7 @@
 namespace quendokit::testing {
 
 /// An empty database, and a controller whose scheduler, delegate and database tell one trace. The clock stands at
-/// `now`; fresh ids are "fresh-1", "fresh-2" and so on.
+/// `now`; fresh ids are "fresh-1", "fresh-2" and so on; the main queue runs when told.
 class StoreFixture : public ::testing::TestWithParam<RealmImplementation> {
 protected:
     using Internal = ReminderControllerInternal;
@@ -79,6 +80,7 @@ protected:
 
     const std::shared_ptr<Trace> trace = std::make_shared<Trace>();
     const std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>(now);
+    const std::shared_ptr<ManualDispatchQueue> mainQueue = std::make_shared<ManualDispatchQueue>();
     const std::shared_ptr<RecordingLineSink> output = std::make_shared<RecordingLineSink>(trace);
     std::shared_ptr<RecordingScheduler> scheduler = std::make_shared<RecordingScheduler>(trace);
     std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>(trace);
@@ -87,6 +89,7 @@ private:
     platform::Services makeServices() {
         platform::Services services;
         services.clock = clock;
+        services.mainQueue = mainQueue;
         services.standardOutput = output;
         services.uuidSource = [count = 0]() mutable { return "fresh-" + std::to_string(++count); };
         return services;
