@@ -212,7 +212,7 @@ private:
             }
             Error error = *outcome.failure;
             if (!unsaved_.empty()) {
-                error.description += " (the change holds in this program, and is saved with the next one that can be)";
+                error.description += " (the change is not saved)";
             }
             return error;
         }
