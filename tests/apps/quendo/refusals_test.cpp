@@ -58,6 +58,35 @@ TEST_F(QuendoRefusals, WrongUsage) {
     EXPECT_FALSE(fs::exists(home_)) << "what is refused makes nothing";
 }
 
+TEST_F(QuendoRefusals, AWordThatIsNotExpectedIsNamedAsAWhole) {
+    expectRefusal({"list", "two words"}, 2, "quendo: \"two words\" was not expected; see");
+    expectRefusal({"options", "unset", "evening"}, 2, "quendo: \"unset\" was not expected; see");
+    expectRefusal({"list", "--colour", "red"}, 2, "quendo: \"--colour\" was not expected; see");
+}
+
+TEST_F(QuendoRefusals, TheFolderBehindHomeIsNoCommand) {
+    expectRefusal({"--home", home_.string(), "remind"}, 2, "quendo: there is no command \"remind\"; see");
+    expectRefusal({"--home", home_.string()}, 2, "quendo: no command given; see");
+}
+
+TEST_F(QuendoRefusals, AFolderForgottenBehindHome) {
+    const fs::path before = fs::current_path();
+    fs::create_directory(home_);
+    fs::current_path(home_);
+    for (const auto& words :
+         {std::vector<std::string>{"list"}, {"add", "list"}, {"options", "set", "evening", "20:00"}}) {
+        std::vector<std::string> arguments{"--home"};
+        arguments.insert(arguments.end(), words.begin(), words.end());
+        expectRefusal(arguments, 2, "quendo: --home takes \"" + words.front() + "\" for the folder; name the folder");
+    }
+    expectRefusal({"--home", "--json", "list"}, 2, "quendo: --home takes \"--json\" for the folder");
+    expectRefusal({"list", "--home"}, 2, "quendo: --home needs a value");
+    EXPECT_TRUE(fs::is_empty(home_));
+    EXPECT_EQ(run({"--home", "./list", "list"}).code, 0);
+    EXPECT_TRUE(fs::is_directory(home_ / "list"));
+    fs::current_path(before);
+}
+
 TEST_F(QuendoRefusals, TitlesThatCannotBeMeant) {
     expectRefusal({"add", "", "--mac"}, 2, "the title is empty");
     expectRefusal({"add", " \t\n", "--mac"}, 2, "the title is empty");
