@@ -46,6 +46,14 @@ std::optional<Failure> refuseTitle(const std::string& title) {
     return std::nullopt;
 }
 
+/// Says, unless `quiet`, that the clocks skip the time that was written.
+void tellIfSkipped(const std::string& text, const When& when, const LocalTimeZone& zone, bool quiet) {
+    if (when.kind == LocalTimeKind::skipped && !quiet) {
+        warn("the clocks skip \"" + escapedText(text, 80) + "\"; taken is the first moment after it, " +
+             whenText(when.date, zone));
+    }
+}
+
 /// The moment that WHEN means, if a reminder can be for it. Warns, unless `quiet`, when the clocks skip it.
 Outcome<Date> momentOf(const std::string& text, const LocalTimeZone& zone, bool quiet) {
     const Date now = quendokit::SystemClock().now();
@@ -58,10 +66,7 @@ Outcome<Date> momentOf(const std::string& text, const LocalTimeZone& zone, bool 
         return Failure{ExitCode::usage, "\"" + escapedText(text, 80) + "\" is not to come: it was " +
                                             whenText(date, zone) + "; give a moment after now"};
     }
-    if (when.value().kind == LocalTimeKind::skipped && !quiet) {
-        warn("the clocks skip \"" + escapedText(text, 80) + "\"; taken is the first moment after it, " +
-             whenText(date, zone));
-    }
+    tellIfSkipped(text, when.value(), zone, quiet);
     return date;
 }
 
@@ -146,6 +151,7 @@ public:
             if (!when) {
                 return Failure{ExitCode::usage, when.error().description};
             }
+            tellIfSkipped(*arguments.from, when.value(), *zone_, quiet_);
             from = when.value().date;
         }
         return withSession([&](Session& session) -> Outcome<Answer> {

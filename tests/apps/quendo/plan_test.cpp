@@ -75,6 +75,15 @@ TEST_F(QuendoPlan, PresetsReckonFromAnyMoment) {
     EXPECT_TRUE(answer({"presets", "--for", "9999-12-31 10:00"})["presets"][3]["condition"]["date"].is_null());
 }
 
+TEST_F(QuendoPlan, PresetsSayWhenTheClocksSkipTheMoment) {
+    const ProgramResult result = run({"--json", "presets", "--for", "2027-03-28 02:30"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(json::parse(result.output)["for"]["date"], "2027-03-28T03:00:00+02:00");
+    EXPECT_EQ(result.errors,
+              "quendo: the clocks skip \"2027-03-28 02:30\"; taken is the first moment after it, 2027-03-28 03:00\n");
+    EXPECT_EQ(run({"--quiet", "presets", "--for", "2027-03-28 02:30"}).errors, "");
+}
+
 TEST_F(QuendoPlan, PresetsForAPersonShowTheConcreteDate) {
     const ProgramResult result = run({"presets"});
     EXPECT_EQ(result.code, 0);
