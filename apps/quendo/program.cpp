@@ -181,7 +181,7 @@ public:
             }
             key = known.value();
         }
-        return withSession([&](Session& session) -> Outcome<Answer> {
+        return withSession(Settings::needed, [&](Session& session) -> Outcome<Answer> {
             auto view = Outcome<OptionsView>(session.options());
             if (arguments.verb == Verb::set) {
                 auto assignment = parseOptionValue(*key, arguments.value);
@@ -224,17 +224,39 @@ private:
         });
     }
 
+    /// What a command does when the settings cannot be read.
+    enum class Settings {
+        /// Goes on by everyone's day plan, and says so.
+        helpful,
+        /// Fails.
+        needed,
+    };
+
     template <typename Work>
     Outcome<Answer> withSession(Work work) {
-        auto session = Session::open(folders_, [quiet = quiet_](const std::string& line) {
-            if (!quiet) {
-                warn(escapedText(line));
-            }
-        });
-        if (!session) {
-            return session.failure();
+        return withSession(Settings::helpful, work);
+    }
+
+    template <typename Work>
+    Outcome<Answer> withSession(Settings settings, Work work) {
+        auto opened = Session::open(folders_, [this](const std::string& line) { warnUnlessQuiet(line); });
+        if (!opened) {
+            return opened.failure();
         }
-        return work(*session.value());
+        Session& session = *opened.value();
+        if (const auto& failure = session.settingsFailure()) {
+            if (settings == Settings::needed) {
+                return *failure;
+            }
+            warnUnlessQuiet(failure->line);
+        }
+        return work(session);
+    }
+
+    void warnUnlessQuiet(const std::string& line) const {
+        if (!quiet_) {
+            warn(escapedText(line));
+        }
     }
 
     const Folders folders_;

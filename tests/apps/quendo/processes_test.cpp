@@ -35,6 +35,18 @@ TEST_F(QuendoProcesses, AProgramWaitsFiveSecondsForTheLockAndGivesUp) {
     EXPECT_EQ(answer({"list"}).size(), 1U);
 }
 
+TEST_F(QuendoProcesses, SettingsThatAnotherProgramHoldsAreWaitedForAndStay) {
+    answer({"options", "set", "evening", "20:00"});
+    const int lock = open((home_ / "settings.json.lock").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    EXPECT_EQ(answer({"options"})["evening"], 72000);
+    const auto start = std::chrono::steady_clock::now();
+    expectRefusal({"options", "set", "evening", "19:00"}, 3, "another program is at work on the settings");
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    close(lock);
+    EXPECT_EQ(answer({"options"})["evening"], 72000);
+}
+
 TEST_F(QuendoProcesses, ADatabaseThatAnotherProgramWritesIsWaitedFor) {
     add("x");
     // Holds SQLite's own lock for a second, as another program on the same file would.

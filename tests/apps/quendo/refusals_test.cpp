@@ -204,14 +204,7 @@ TEST_F(QuendoRefusals, AReadOnlyHome) {
     fs::permissions(home_, fs::perms::owner_read | fs::perms::owner_exec);
     const std::string before = contents();
     for (const char* command : {"list", "doctor"}) {
-        const std::string line = "exec '" QUENDO_PROGRAM "' " + std::string(command);
-        const ProgramResult result =
-            geteuid() == 0
-                ? quendokit::testing::runProgram(
-                      // Another user might not be let into the folder that this program was built in.
-                      {"setpriv", "--bounding-set=-dac_override", "--inh-caps=-dac_override", "sh", "-c", line},
-                      environment_)
-                : run({command});
+        const ProgramResult result = runUnprivileged({command});
         EXPECT_EQ(result.code, 1) << result.errors << result.output;
         EXPECT_NE((result.errors + result.output).find(home_.string()), std::string::npos) << result.errors;
     }
