@@ -289,6 +289,9 @@ TEST_F(QuendoPlan, AStoredPlanWhoseTimesCoincideHasNoCategory) {
     EXPECT_TRUE(json::parse(result.output)["category"].is_null());
     EXPECT_NE(result.errors.find("begin at the same time"), std::string::npos) << result.errors;
     EXPECT_EQ(run({"--quiet", "presets"}).errors, "");
+    // The same value again is no better, but the rest can be changed.
+    expectRefusal({"options", "set", "evening", "12:00"}, 2, "afternoon and evening begin at the same time");
+    EXPECT_EQ(answer({"options", "set", "later", "1h"})["later"], 3600);
     // And one value mends it.
     EXPECT_EQ(answer({"options", "set", "evening", "18:00"})["evening"], 64800);
     EXPECT_EQ(answer({"presets"})["category"], "quendo.postpone.category.afternoon");
