@@ -374,6 +374,9 @@ TEST_F(QuendoPlan, SpeaksALanguageWhoseLocaleTheSystemLacks) {
     environment_["LANG"] = "fr_FR.UTF-8";
     EXPECT_EQ(answer({"presets"})["presets"][2]["name"], "Ce soir");
     EXPECT_NE(run({"options"}).output.find("lundi"), std::string::npos);
+    // An empty variable is as good as none.
+    environment_["LANGUAGE"] = "";
+    EXPECT_EQ(answer({"presets"})["presets"][2]["name"], "Ce soir");
     environment_["LC_ALL"] = "C";
     EXPECT_EQ(answer({"presets"})["presets"][2]["name"], "This Evening");
 }
