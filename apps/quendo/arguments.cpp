@@ -137,11 +137,7 @@ std::variant<Arguments, Help, Failure> parseArguments(std::vector<std::string> a
     try {
         app.parse(std::move(arguments));
     } catch (const CLI::CallForHelp&) {
-        const CLI::App* asked = &app;
-        while (!asked->get_subcommands().empty()) {
-            asked = asked->get_subcommands().front();
-        }
-        return Help{asked->help()};
+        return Help{app.help()};
     } catch (const CLI::ParseError& error) {
         auto failure = refuseHome(parsed.home, app);
         return failure ? *std::move(failure) : usageFailure(error, app);
