@@ -52,6 +52,10 @@ TEST_F(QuendoRefusals, WrongUsage) {
     expectRefusal({"list", "--limit", "many"}, 2, "--limit: \"many\" is no count");
     expectRefusal({"list", "--limit", "-1"}, 2, "--limit");
     expectRefusal({"add", "x", "--at", "18:00", "--at", "19:00"}, 2, "--at is given more than once");
+    expectRefusal({"add", "x", "--preset", "1", "--preset", "2"}, 2, "--preset is given more than once");
+    expectRefusal({"add", "x", "--preset"}, 2, "--preset needs a value");
+    expectRefusal({"presets", "--for", "18:00", "--for", "19:00"}, 2, "--for is given more than once");
+    expectRefusal({"presets", "--for"}, 2, "--for needs a value");
     expectRefusal({"add", "x", "--at", "18:00", "--mac"}, 2, "exclude each other");
     expectRefusal({"add", "x", "y", "--mac"}, 2, "y");
     expectRefusal({"--home", "", "list"}, 2, "--home is empty");
@@ -102,6 +106,16 @@ TEST_F(QuendoRefusals, MomentsThatCannotBeMeant) {
     expectRefusal({"add", "x", "--at", "tomorrow"}, 2, "tomorrow");
     expectRefusal({"add", "x", "--at", ""}, 2, "\"\"");
     expectRefusal({"add", "x", "--at", "\x1b[31mred"}, 2, "\\u001B[31mred");
+}
+
+TEST_F(QuendoRefusals, MomentsFromWhichNoPresetReckons) {
+    expectRefusal({"presets", "--for", ""}, 2, "\"\" is no time");
+    expectRefusal({"presets", "--for", "tomorrow"}, 2, "\"tomorrow\" is no time");
+    expectRefusal({"presets", "--for", "2027-02-29"}, 2, "February 2027 has 28 days");
+    expectRefusal({"presets", "--for", "10000-01-01"}, 2, "\"10000-01-01\" is no time");
+    expectRefusal({"presets", "--for", "@1e400"}, 2, "\"@1e400\" is no time");
+    expectRefusal({"presets", "--for", "+9999999d"}, 2, "beyond the years 0001 to 9999");
+    EXPECT_FALSE(fs::exists(home_));
 }
 
 TEST_F(QuendoRefusals, ALocalTimeThatTheClocksSkipIsMovedAndSaid) {
