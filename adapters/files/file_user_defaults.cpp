@@ -150,7 +150,8 @@ private:
     /// Reads the file and writes what is unsaved into it. `damage` was wrong with it a moment ago, when nobody else was
     /// kept from it.
     Outcome write(const std::string& damage) {
-        const auto lock = file_.lock(options_.lockTimeout);
+        const auto lock = file_.lock(isLocked_ ? std::chrono::milliseconds(0) : options_.lockTimeout);
+        isLocked_ = !lock && lock.error().code == static_cast<int>(FileUserDefaultsErrorCode::locked);
         auto found = lock ? contentOf(file_.read(true)) : Result<Content>(lock.error());
         if (!found) {
             return {found.error(), damage, {}};
@@ -212,7 +213,7 @@ private:
             }
             Error error = *outcome.failure;
             if (!unsaved_.empty()) {
-                error.description += " (the change holds in this program, and is saved with the next one that can be)";
+                error.description += " (the change is not saved)";
             }
             return error;
         }
@@ -241,6 +242,8 @@ private:
     /// What the file held when it was read or written last.
     Content known_;
     bool isLoaded_ = false;
+    /// Whether the last write waited in vain for another process.
+    bool isLocked_ = false;
     /// Our own changes that the file does not hold; an absent one removes.
     std::map<std::string, std::optional<std::string>, std::less<>> unsaved_;
 };

@@ -42,7 +42,8 @@ struct FileUserDefaultsOptions {
     /// The file. Its folder is made (0700) by the first write. Beside it stand the same name with ".backup" (what the
     /// file held before the last write), ".lock" and, for a moment, ".new" and ".backup.new".
     std::filesystem::path file;
-    /// How long a write waits for one of another process to end.
+    /// How long a write waits for one of another process to end. After a wait in vain the next ones do not wait, until
+    /// one has succeeded: who changes nine settings in a row waits once.
     std::chrono::milliseconds lockTimeout = std::chrono::seconds(5);
     /// Hears of what could not be read or kept, on the thread of the operation, before that returns. May be empty. It
     /// may read the settings, and must not change them.

@@ -8,13 +8,15 @@ namespace quendokit {
 namespace {
 
 constexpr const char* textDomain = "quendokit";
+/// Holds nothing, ever. The C library would take an empty folder for the one in which the process is.
+constexpr const char* noFolder = "/dev/null";
 
 class GettextBundle final : public Bundle {
 public:
     explicit GettextBundle(const std::filesystem::path& localeFolder) {
         std::error_code failed;
         const std::filesystem::path folder = std::filesystem::absolute(localeFolder, failed);
-        ::bindtextdomain(textDomain, failed ? localeFolder.c_str() : folder.c_str());
+        ::bindtextdomain(textDomain, failed ? noFolder : folder.c_str());
         ::bind_textdomain_codeset(textDomain, "UTF-8");
     }
 

@@ -23,8 +23,9 @@ namespace quendokit {
 class QUENDOKIT_EXPORT GettextBundleProvider final : public BundleProvider {
 public:
     /// The catalogue of a language is `localeFolder`/LANGUAGE/LC_MESSAGES/quendokit.mo; as long as there is none, its
-    /// texts are English. A relative folder is meant from where the process is now. The folder belongs to the text
-    /// domain and so to the whole process: with several providers, that of the last one holds for all.
+    /// texts are English. A relative folder is meant from where the process is now; in an empty one there are no
+    /// catalogues. The folder belongs to the text domain and so to the whole process: with several providers, that of
+    /// the last one holds for all.
     GettextBundleProvider(std::string identifier, const std::filesystem::path& localeFolder);
 
     /// Null for every identifier but the one given.

@@ -89,20 +89,30 @@ void describe(CLI::App& app, Commands& commands) {
     commands.doctorCommand = app.add_subcommand("doctor", "check files, permissions, schema, settings and time zone");
 }
 
+/// `--home` takes the word behind it, whatever it is: a forgotten folder costs the command its name, and would make a
+/// folder of that name.
+std::optional<Failure> refuseHome(const std::optional<std::string>& home, const CLI::App& app) {
+    const auto isHome = [&](const CLI::App* command) { return command->get_name() == *home; };
+    if (!home || (!home->starts_with('-') && app.get_subcommands(isHome).empty())) {
+        return std::nullopt;
+    }
+    const std::string word = escapedText(*home, 80);
+    return Failure{ExitCode::usage, "--home takes \"" + word +
+                                        "\" for the folder; name the folder between the two, or write ./" + word +
+                                        " for one of that name"};
+}
+
 /// CLI11's words as one line of ours.
-Failure usageFailure(const CLI::ParseError& error, const std::vector<std::string>& arguments) {
+Failure usageFailure(const CLI::ParseError& error, const CLI::App& app) {
     std::string what = error.what();
-    if (arguments.empty()) {
-        what = "no command given";
-    } else if (error.get_name() == "RequiredError" && what.find("subcommand") != std::string::npos) {
-        const auto word = std::find_if(arguments.begin(), arguments.end(),
+    const auto unknown = app.remaining(true);
+    if (error.get_name() == "RequiredError" && what.find("subcommand") != std::string::npos) {
+        const auto word = std::find_if(unknown.begin(), unknown.end(),
                                        [](const std::string& each) { return !each.starts_with('-'); });
-        what = word == arguments.end() ? "no command given" : "there is no command \"" + *word + "\"";
-    }
-    if (error.get_name() == "ExtrasError") {
-        what = "\"" + what.substr(what.rfind(' ') + 1) + "\" was not expected";
-    }
-    if (error.get_name() == "ArgumentMismatch") {
+        what = word == unknown.end() ? "no command given" : "there is no command \"" + *word + "\"";
+    } else if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+        what = "\"" + unknown.front() + "\" was not expected";
+    } else if (error.get_name() == "ArgumentMismatch") {
         const std::string option = what.substr(0, what.find(':'));
         const bool tooMany = what.find("At Most") != std::string::npos;
         what = option + (tooMany ? " is given more than once" : " needs a value");
@@ -122,19 +132,18 @@ std::variant<Arguments, Help, Failure> parseArguments(std::vector<std::string> a
     app.require_subcommand(1);
     app.fallthrough();
     describe(app, commands);
-    const std::vector<std::string> words = arguments;
     // CLI11 takes the words from the back.
     std::reverse(arguments.begin(), arguments.end());
     try {
         app.parse(std::move(arguments));
     } catch (const CLI::CallForHelp&) {
-        const CLI::App* asked = &app;
-        while (!asked->get_subcommands().empty()) {
-            asked = asked->get_subcommands().front();
-        }
-        return Help{asked->help()};
+        return Help{app.help()};
     } catch (const CLI::ParseError& error) {
-        return usageFailure(error, words);
+        auto failure = refuseHome(parsed.home, app);
+        return failure ? *std::move(failure) : usageFailure(error, app);
+    }
+    if (auto failure = refuseHome(parsed.home, app)) {
+        return *std::move(failure);
     }
     if (commands.addCommand->parsed()) {
         parsed.command = std::move(commands.add);

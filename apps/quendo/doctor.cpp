@@ -5,6 +5,7 @@
 #include <string_view>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -101,10 +102,9 @@ Finding databaseFinding(const Folders& folders, ExitCode& code) {
 
 Finding settingsFinding(const Folders& folders, ExitCode& code) {
     if (const auto error = quendokit::FileUserDefaults::examine(folders.settings())) {
-        if (error->code == static_cast<int>(quendokit::FileUserDefaultsErrorCode::damaged)) {
-            code = ExitCode::damaged;
-        }
-        return {"settings", false, error->description};
+        Failure failure = failureOf(*error);
+        code = failure.code == ExitCode::damaged ? ExitCode::damaged : code;
+        return {"settings", false, std::move(failure.line)};
     }
     std::error_code unknown;
     const bool some = std::filesystem::exists(folders.settings(), unknown);

@@ -1,10 +1,12 @@
 #include "apps/quendo/failure.hpp"
 
+#include "adapters/files/file_user_defaults.hpp"
 #include "quendokit/platform/realm_error.hpp"
 
 namespace quendo {
 namespace {
 
+using quendokit::FileUserDefaultsErrorCode;
 using quendokit::RealmErrorCode;
 
 ExitCode exitCodeOf(RealmErrorCode code) {
@@ -25,11 +27,32 @@ ExitCode exitCodeOf(RealmErrorCode code) {
     return ExitCode::notDone;
 }
 
+ExitCode exitCodeOf(FileUserDefaultsErrorCode code) {
+    switch (code) {
+        case FileUserDefaultsErrorCode::damaged:
+            return ExitCode::damaged;
+        case FileUserDefaultsErrorCode::locked:
+            return ExitCode::locked;
+        case FileUserDefaultsErrorCode::invalidValue:
+            return ExitCode::usage;
+        case FileUserDefaultsErrorCode::unavailable:
+        case FileUserDefaultsErrorCode::full:
+        case FileUserDefaultsErrorCode::notPermitted:
+            return ExitCode::notDone;
+    }
+    return ExitCode::notDone;
+}
+
 }  // namespace
 
 Failure failureOf(const quendokit::Error& error) {
-    const bool ofDatabase = error.domain == quendokit::realmErrorDomain;
-    return {ofDatabase ? exitCodeOf(static_cast<RealmErrorCode>(error.code)) : ExitCode::notDone, error.description};
+    if (error.domain == quendokit::realmErrorDomain) {
+        return {exitCodeOf(static_cast<RealmErrorCode>(error.code)), error.description};
+    }
+    if (error.domain == quendokit::fileUserDefaultsErrorDomain) {
+        return {exitCodeOf(static_cast<FileUserDefaultsErrorCode>(error.code)), error.description};
+    }
+    return {ExitCode::notDone, error.description};
 }
 
 }  // namespace quendo

@@ -29,7 +29,7 @@ struct Failure {
     std::string line;
 };
 
-/// The failure that an error of the database means for a command.
+/// The failure that an error of the database or of the settings means for a command.
 [[nodiscard]] Failure failureOf(const quendokit::Error& error);
 
 /// A value, or why there is none.

@@ -9,12 +9,16 @@
 namespace quendo {
 namespace {
 
+bool isSet(const char* variable) {
+    const char* const value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
 /// The first of the variables that names a locale, in the order in which the C library asks them.
 std::string wantedLocale() {
     for (const char* const variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        const char* const value = std::getenv(variable);
-        if (value != nullptr && *value != '\0') {
-            return value;
+        if (isSet(variable)) {
+            return std::getenv(variable);
         }
     }
     return "C";
@@ -46,8 +50,8 @@ void takeLocale() {
     }
     // The texts need only a locale that is not "C", and the language in LANGUAGE.
     const std::string wanted = wantedLocale();
-    if (!isNoLanguage(wanted) && std::setlocale(LC_MESSAGES, "C.UTF-8") != nullptr) {
-        setenv("LANGUAGE", wanted.substr(0, wanted.find('.')).c_str(), 0);
+    if (!isNoLanguage(wanted) && std::setlocale(LC_MESSAGES, "C.UTF-8") != nullptr && !isSet("LANGUAGE")) {
+        setenv("LANGUAGE", wanted.substr(0, wanted.find('.')).c_str(), 1);
     }
 }
 

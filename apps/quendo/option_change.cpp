@@ -1,6 +1,7 @@
 #include "apps/quendo/option_change.hpp"
 
-#include <algorithm>
+#include <string>
+#include <utility>
 
 #include "hostkit/day_plan_check.hpp"
 #include "quendokit/options/options.hpp"
@@ -27,8 +28,6 @@ DayPlan planInEffect() {
 
 std::optional<Failure> refusalOf(const OptionAssignment& assignment) {
     DayPlan plan = planInEffect();
-    const quendokit::DayPlanCheck check;
-    const auto before = check.flaws(plan);
     const auto* const day = std::get_if<Day>(&assignment.value);
     const auto* const number = std::get_if<std::int64_t>(&assignment.value);
     switch (assignment.key) {
@@ -59,10 +58,10 @@ std::optional<Failure> refusalOf(const OptionAssignment& assignment) {
         case OptionKey::hasMacApp:
             break;
     }
-    for (const std::string& flaw : check.flaws(plan)) {
-        // A plan that came with flaws from elsewhere is mended one setting after the other.
-        if (std::find(before.begin(), before.end(), flaw) == before.end()) {
-            return Failure{ExitCode::usage, flaw};
+    for (std::string& flaw : quendokit::DayPlanCheck().flaws(plan)) {
+        // A plan that came with flaws from elsewhere is mended one setting after the other. A flaw names its settings.
+        if (flaw.find(nameOf(assignment.key)) != std::string::npos) {
+            return Failure{ExitCode::usage, std::move(flaw)};
         }
     }
     return std::nullopt;

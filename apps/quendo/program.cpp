@@ -46,6 +46,14 @@ std::optional<Failure> refuseTitle(const std::string& title) {
     return std::nullopt;
 }
 
+/// Says, unless `quiet`, that the clocks skip the time that was written.
+void tellIfSkipped(const std::string& text, const When& when, const LocalTimeZone& zone, bool quiet) {
+    if (when.kind == LocalTimeKind::skipped && !quiet) {
+        warn("the clocks skip \"" + escapedText(text, 80) + "\"; taken is the first moment after it, " +
+             whenText(when.date, zone));
+    }
+}
+
 /// The moment that WHEN means, if a reminder can be for it. Warns, unless `quiet`, when the clocks skip it.
 Outcome<Date> momentOf(const std::string& text, const LocalTimeZone& zone, bool quiet) {
     const Date now = quendokit::SystemClock().now();
@@ -58,10 +66,7 @@ Outcome<Date> momentOf(const std::string& text, const LocalTimeZone& zone, bool 
         return Failure{ExitCode::usage, "\"" + escapedText(text, 80) + "\" is not to come: it was " +
                                             whenText(date, zone) + "; give a moment after now"};
     }
-    if (when.value().kind == LocalTimeKind::skipped && !quiet) {
-        warn("the clocks skip \"" + escapedText(text, 80) + "\"; taken is the first moment after it, " +
-             whenText(date, zone));
-    }
+    tellIfSkipped(text, when.value(), zone, quiet);
     return date;
 }
 
@@ -146,6 +151,7 @@ public:
             if (!when) {
                 return Failure{ExitCode::usage, when.error().description};
             }
+            tellIfSkipped(*arguments.from, when.value(), *zone_, quiet_);
             from = when.value().date;
         }
         return withSession([&](Session& session) -> Outcome<Answer> {
@@ -175,7 +181,7 @@ public:
             }
             key = known.value();
         }
-        return withSession([&](Session& session) -> Outcome<Answer> {
+        return withSession(Settings::needed, [&](Session& session) -> Outcome<Answer> {
             auto view = Outcome<OptionsView>(session.options());
             if (arguments.verb == Verb::set) {
                 auto assignment = parseOptionValue(*key, arguments.value);
@@ -218,17 +224,39 @@ private:
         });
     }
 
+    /// What a command does when the settings cannot be read.
+    enum class Settings {
+        /// Goes on by everyone's day plan, and says so.
+        helpful,
+        /// Fails.
+        needed,
+    };
+
     template <typename Work>
     Outcome<Answer> withSession(Work work) {
-        auto session = Session::open(folders_, [quiet = quiet_](const std::string& line) {
-            if (!quiet) {
-                warn(escapedText(line));
-            }
-        });
-        if (!session) {
-            return session.failure();
+        return withSession(Settings::helpful, work);
+    }
+
+    template <typename Work>
+    Outcome<Answer> withSession(Settings settings, Work work) {
+        auto opened = Session::open(folders_, [this](const std::string& line) { warnUnlessQuiet(line); });
+        if (!opened) {
+            return opened.failure();
         }
-        return work(*session.value());
+        Session& session = *opened.value();
+        if (const auto& failure = session.settingsFailure()) {
+            if (settings == Settings::needed) {
+                return *failure;
+            }
+            warnUnlessQuiet(failure->line);
+        }
+        return work(session);
+    }
+
+    void warnUnlessQuiet(const std::string& line) const {
+        if (!quiet_) {
+            warn(escapedText(line));
+        }
     }
 
     const Folders folders_;

@@ -73,14 +73,21 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
     options.patience = patience;
     options.onFailure = [record](const quendokit::Error& error) { record->note(error); };
     auto services = quendokit::makeLinuxPlatform(std::move(options)).services;
-    // The settings are read while they are made: what was wrong with them then stops nobody.
-    if (const auto damage = record->takeFailure()) {
-        warn(damage->line);
+    // The settings are read while they are made. What was damaged then may be mended by now.
+    std::optional<Failure> settingsFailure;
+    if (const auto found = record->takeFailure()) {
+        if (const auto error = quendokit::FileUserDefaults::examine(folders.settings())) {
+            settingsFailure = Failure{failureOf(*error).code, found->line};
+        } else {
+            warn(found->line);
+        }
     }
     services.standardOutput = std::make_shared<LogFile>(folders.log());
     services.userDefaults = std::make_shared<quendokit::GuardedUserDefaults>(
         services.userDefaults, quendokit::SettingsGuardOptions{true, std::move(warn)});
-    return std::unique_ptr<Session>(new Session(std::move(lock).value(), record, std::move(services)));
+    auto session = std::unique_ptr<Session>(new Session(std::move(lock).value(), record, std::move(services)));
+    session->settingsFailure_ = std::move(settingsFailure);
+    return session;
 }
 
 std::optional<Failure> Session::openDatabase() {

@@ -36,10 +36,15 @@ struct ListRequest {
 /// and opens the database with the first request that needs it. One thread.
 class Session {
 public:
-    /// `warn` hears of settings that were damaged or cannot be meant; the session goes on without them.
+    /// `warn` hears of settings that were damaged and put aside, or that cannot be meant; the session goes on without
+    /// them.
     [[nodiscard]] static Outcome<std::unique_ptr<Session>> open(const Folders& folders,
                                                                 std::function<void(const std::string&)> warn);
     ~Session();
+
+    /// Why the settings can be neither read nor put aside; absent when they can. The session goes on with the day plan
+    /// that everyone begins with.
+    [[nodiscard]] const std::optional<Failure>& settingsFailure() const { return settingsFailure_; }
 
     /// Stores a new reminder.
     [[nodiscard]] Outcome<ReminderView> add(const std::string& title, const quendokit::ReminderCondition& condition);
@@ -78,6 +83,7 @@ private:
     [[nodiscard]] Outcome<ReminderView> find(const std::string& id, bool includingDeleted) const;
 
     LockFile lock_;
+    std::optional<Failure> settingsFailure_;
     std::shared_ptr<Record> record_;
     quendokit::platform::ScopedInstall services_;
     std::shared_ptr<NotingScheduler> scheduler_;

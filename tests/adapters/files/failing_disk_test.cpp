@@ -71,7 +71,7 @@ TEST_F(FailingDisk, EachCallInTurnFailsAndNothingIsLost) {
                 EXPECT_EQ(contentsOf(file), changed);
             } else {
                 toldOf.insert(disk->calls()[call]);
-                EXPECT_NE(told[0].description.find("is saved with the next one"), std::string::npos);
+                EXPECT_NE(told[0].description.find("(the change is not saved)"), std::string::npos);
             }
             told.clear();
 

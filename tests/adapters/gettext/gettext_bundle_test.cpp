@@ -101,6 +101,15 @@ TEST(GettextBundle, ARelativeFolderStaysWhereItWas) {
     EXPECT_EQ(hour, "Stunde");
 }
 
+TEST(GettextBundle, AnEmptyFolderIsNotTheOneInWhichTheProcessIs) {
+    const MessageLocale locale("de");
+    const fs::path before = fs::current_path();
+    fs::current_path(localeFolder);
+    const std::string hour = translated("hour", "");
+    fs::current_path(before);
+    EXPECT_EQ(hour, "hour");
+}
+
 TEST(GettextBundle, TheFolderOfTheLastProviderHoldsForAll) {
     const MessageLocale locale("de");
     const GettextBundleProvider first("first", localeFolder);

@@ -231,5 +231,13 @@ TEST_F(QuendoProgram, DoctorNamesFilesThatAreOpenToOthers) {
     EXPECT_NE(result.output.find("chmod go= '" + database_.string() + "'"), std::string::npos) << result.output;
 }
 
+TEST_F(QuendoProgram, HelpSaysHowACommandIsWritten) {
+    EXPECT_NE(run({"--help"}).output.find("Usage: quendo [OPTIONS] SUBCOMMAND"), std::string::npos);
+    EXPECT_NE(run({"add", "--help"}).output.find("Usage: quendo add [OPTIONS] TITLE"), std::string::npos);
+    const ProgramResult help = run({"options", "set", "--help"});
+    EXPECT_EQ(help.code, 0);
+    EXPECT_NE(help.output.find("Usage: quendo options set [OPTIONS] KEY VALUE"), std::string::npos) << help.output;
+}
+
 }  // namespace
 }  // namespace quendo::testing

@@ -75,6 +75,15 @@ TEST_F(QuendoPlan, PresetsReckonFromAnyMoment) {
     EXPECT_TRUE(answer({"presets", "--for", "9999-12-31 10:00"})["presets"][3]["condition"]["date"].is_null());
 }
 
+TEST_F(QuendoPlan, PresetsSayWhenTheClocksSkipTheMoment) {
+    const ProgramResult result = run({"--json", "presets", "--for", "2027-03-28 02:30"});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(json::parse(result.output)["for"]["date"], "2027-03-28T03:00:00+02:00");
+    EXPECT_EQ(result.errors,
+              "quendo: the clocks skip \"2027-03-28 02:30\"; taken is the first moment after it, 2027-03-28 03:00\n");
+    EXPECT_EQ(run({"--quiet", "presets", "--for", "2027-03-28 02:30"}).errors, "");
+}
+
 TEST_F(QuendoPlan, PresetsForAPersonShowTheConcreteDate) {
     const ProgramResult result = run({"presets"});
     EXPECT_EQ(result.code, 0);
@@ -280,6 +289,9 @@ TEST_F(QuendoPlan, AStoredPlanWhoseTimesCoincideHasNoCategory) {
     EXPECT_TRUE(json::parse(result.output)["category"].is_null());
     EXPECT_NE(result.errors.find("begin at the same time"), std::string::npos) << result.errors;
     EXPECT_EQ(run({"--quiet", "presets"}).errors, "");
+    // The same value again is no better, but the rest can be changed.
+    expectRefusal({"options", "set", "evening", "12:00"}, 2, "afternoon and evening begin at the same time");
+    EXPECT_EQ(answer({"options", "set", "later", "1h"})["later"], 3600);
     // And one value mends it.
     EXPECT_EQ(answer({"options", "set", "evening", "18:00"})["evening"], 64800);
     EXPECT_EQ(answer({"presets"})["category"], "quendo.postpone.category.afternoon");
@@ -362,6 +374,9 @@ TEST_F(QuendoPlan, SpeaksALanguageWhoseLocaleTheSystemLacks) {
     environment_["LANG"] = "fr_FR.UTF-8";
     EXPECT_EQ(answer({"presets"})["presets"][2]["name"], "Ce soir");
     EXPECT_NE(run({"options"}).output.find("lundi"), std::string::npos);
+    // An empty variable is as good as none.
+    environment_["LANGUAGE"] = "";
+    EXPECT_EQ(answer({"presets"})["presets"][2]["name"], "Ce soir");
     environment_["LC_ALL"] = "C";
     EXPECT_EQ(answer({"presets"})["presets"][2]["name"], "This Evening");
 }

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <fcntl.h>
+#include <map>
 #include <random>
 #include <set>
 #include <signal.h>
@@ -33,6 +34,25 @@ TEST_F(QuendoProcesses, AProgramWaitsFiveSecondsForTheLockAndGivesUp) {
     EXPECT_NE(doctor.output.find("another quendo is at work"), std::string::npos);
     close(lock);
     EXPECT_EQ(answer({"list"}).size(), 1U);
+}
+
+TEST_F(QuendoProcesses, SettingsThatAnotherProgramHoldsAreWaitedForOnceAndStay) {
+    const std::map<std::string, int> plan{{"afternoon", 46800}, {"evening", 72000}, {"later", 3600}, {"postpone", 600}};
+    for (const auto& [key, seconds] : plan) {
+        answer({"options", "set", key, std::to_string(seconds)});
+    }
+    const int lock = open((home_ / "settings.json.lock").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    const auto start = std::chrono::steady_clock::now();
+    // Of the four settings each would wait.
+    expectRefusal({"options", "reset"}, 3, "another program is at work on the settings");
+    const auto waited = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(waited, std::chrono::seconds(5));
+    EXPECT_LT(waited, std::chrono::seconds(15));
+    for (const auto& [key, seconds] : plan) {
+        EXPECT_EQ(answer({"options"})[key], seconds) << "reading waits for nobody";
+    }
+    close(lock);
 }
 
 TEST_F(QuendoProcesses, ADatabaseThatAnotherProgramWritesIsWaitedFor) {

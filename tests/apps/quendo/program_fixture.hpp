@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -39,14 +41,32 @@ protected:
         return answer({"add", title, "--at", "2050-01-02 18:00"}).at("id").get<std::string>();
     }
 
-    /// The command must end with this code, without an answer, and with one line that holds `words`.
-    void expectRefusal(const std::vector<std::string>& arguments, int code, const std::string& words) const {
-        const ProgramResult result = run(arguments);
+    /// Runs as a user whom the rights of files bind, even where that is root.
+    [[nodiscard]] ProgramResult runUnprivileged(std::vector<std::string> arguments) const {
+        if (geteuid() != 0) {
+            return run(std::move(arguments));
+        }
+        // Another user might not be let into the folder that the program was built in.
+        arguments.insert(arguments.begin(), {"setpriv", "--bounding-set=-dac_override,-dac_read_search",
+                                             "--inh-caps=-dac_override,-dac_read_search", QUENDO_PROGRAM});
+        return quendokit::testing::runProgram(arguments, environment_);
+    }
+
+    /// One line for a person, which holds `words`.
+    static void expectOneLine(const std::string& errors, const std::string& words) {
+        EXPECT_TRUE(errors.starts_with("quendo: ")) << errors;
+        EXPECT_EQ(errors.find('\n'), errors.size() - 1) << errors;
+        EXPECT_NE(errors.find(words), std::string::npos) << errors;
+    }
+
+    /// The command has ended with this code, without an answer, and with one line that holds `words`.
+    static void expectRefused(const ProgramResult& result, int code, const std::string& words) {
         EXPECT_EQ(result.code, code) << result.errors;
         EXPECT_EQ(result.output, "");
-        EXPECT_TRUE(result.errors.starts_with("quendo: ")) << result.errors;
-        EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1) << result.errors;
-        EXPECT_NE(result.errors.find(words), std::string::npos) << result.errors;
+        expectOneLine(result.errors, words);
+    }
+    void expectRefusal(const std::vector<std::string>& arguments, int code, const std::string& words) const {
+        expectRefused(run(arguments), code, words);
     }
 
     /// Stops the program's clock at a time of Berlin, as "2026-11-18 10:15:00".

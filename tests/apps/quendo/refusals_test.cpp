@@ -52,10 +52,43 @@ TEST_F(QuendoRefusals, WrongUsage) {
     expectRefusal({"list", "--limit", "many"}, 2, "--limit: \"many\" is no count");
     expectRefusal({"list", "--limit", "-1"}, 2, "--limit");
     expectRefusal({"add", "x", "--at", "18:00", "--at", "19:00"}, 2, "--at is given more than once");
+    expectRefusal({"add", "x", "--preset", "1", "--preset", "2"}, 2, "--preset is given more than once");
+    expectRefusal({"add", "x", "--preset"}, 2, "--preset needs a value");
+    expectRefusal({"presets", "--for", "18:00", "--for", "19:00"}, 2, "--for is given more than once");
+    expectRefusal({"presets", "--for"}, 2, "--for needs a value");
     expectRefusal({"add", "x", "--at", "18:00", "--mac"}, 2, "exclude each other");
     expectRefusal({"add", "x", "y", "--mac"}, 2, "y");
     expectRefusal({"--home", "", "list"}, 2, "--home is empty");
     EXPECT_FALSE(fs::exists(home_)) << "what is refused makes nothing";
+}
+
+TEST_F(QuendoRefusals, AWordThatIsNotExpectedIsNamedAsAWhole) {
+    expectRefusal({"list", "two words"}, 2, "quendo: \"two words\" was not expected; see");
+    expectRefusal({"options", "unset", "evening"}, 2, "quendo: \"unset\" was not expected; see");
+    expectRefusal({"list", "--colour", "red"}, 2, "quendo: \"--colour\" was not expected; see");
+}
+
+TEST_F(QuendoRefusals, TheFolderBehindHomeIsNoCommand) {
+    expectRefusal({"--home", home_.string(), "remind"}, 2, "quendo: there is no command \"remind\"; see");
+    expectRefusal({"--home", home_.string()}, 2, "quendo: no command given; see");
+}
+
+TEST_F(QuendoRefusals, AFolderForgottenBehindHome) {
+    const fs::path before = fs::current_path();
+    fs::create_directory(home_);
+    fs::current_path(home_);
+    for (const auto& words :
+         {std::vector<std::string>{"list"}, {"add", "list"}, {"options", "set", "evening", "20:00"}}) {
+        std::vector<std::string> arguments{"--home"};
+        arguments.insert(arguments.end(), words.begin(), words.end());
+        expectRefusal(arguments, 2, "quendo: --home takes \"" + words.front() + "\" for the folder; name the folder");
+    }
+    expectRefusal({"--home", "--json", "list"}, 2, "quendo: --home takes \"--json\" for the folder");
+    expectRefusal({"list", "--home"}, 2, "quendo: --home needs a value");
+    EXPECT_TRUE(fs::is_empty(home_));
+    EXPECT_EQ(run({"--home", "./list", "list"}).code, 0);
+    EXPECT_TRUE(fs::is_directory(home_ / "list"));
+    fs::current_path(before);
 }
 
 TEST_F(QuendoRefusals, TitlesThatCannotBeMeant) {
@@ -73,6 +106,16 @@ TEST_F(QuendoRefusals, MomentsThatCannotBeMeant) {
     expectRefusal({"add", "x", "--at", "tomorrow"}, 2, "tomorrow");
     expectRefusal({"add", "x", "--at", ""}, 2, "\"\"");
     expectRefusal({"add", "x", "--at", "\x1b[31mred"}, 2, "\\u001B[31mred");
+}
+
+TEST_F(QuendoRefusals, MomentsFromWhichNoPresetReckons) {
+    expectRefusal({"presets", "--for", ""}, 2, "\"\" is no time");
+    expectRefusal({"presets", "--for", "tomorrow"}, 2, "\"tomorrow\" is no time");
+    expectRefusal({"presets", "--for", "2027-02-29"}, 2, "February 2027 has 28 days");
+    expectRefusal({"presets", "--for", "10000-01-01"}, 2, "\"10000-01-01\" is no time");
+    expectRefusal({"presets", "--for", "@1e400"}, 2, "\"@1e400\" is no time");
+    expectRefusal({"presets", "--for", "+9999999d"}, 2, "beyond the years 0001 to 9999");
+    EXPECT_FALSE(fs::exists(home_));
 }
 
 TEST_F(QuendoRefusals, ALocalTimeThatTheClocksSkipIsMovedAndSaid) {
@@ -175,14 +218,7 @@ TEST_F(QuendoRefusals, AReadOnlyHome) {
     fs::permissions(home_, fs::perms::owner_read | fs::perms::owner_exec);
     const std::string before = contents();
     for (const char* command : {"list", "doctor"}) {
-        const std::string line = "exec '" QUENDO_PROGRAM "' " + std::string(command);
-        const ProgramResult result =
-            geteuid() == 0
-                ? quendokit::testing::runProgram(
-                      // Another user might not be let into the folder that this program was built in.
-                      {"setpriv", "--bounding-set=-dac_override", "--inh-caps=-dac_override", "sh", "-c", line},
-                      environment_)
-                : run({command});
+        const ProgramResult result = runUnprivileged({command});
         EXPECT_EQ(result.code, 1) << result.errors << result.output;
         EXPECT_NE((result.errors + result.output).find(home_.string()), std::string::npos) << result.errors;
     }
