@@ -46,7 +46,7 @@ constexpr Date& operator-=(Date& date, T seconds) {
 [[nodiscard]] QUENDOKIT_EXPORT Date tomorrow(Date date);
 
 /// Some time on the first day from that of `date` on, its own included, with that day of the week; set the time with
-/// `at`. 1 is Sunday, 7 Saturday, 8 Sunday again. Fatal below 1.
+/// `at`. 1 is Sunday, 7 Saturday, 8 Sunday again. Fatal below 1, unless it is 1 less a multiple of 7: Sunday.
 [[nodiscard]] QUENDOKIT_EXPORT Date on(Date date, std::int64_t weekday);
 
 /// The day of the week: 1 for Sunday to 7 for Saturday.

@@ -144,6 +144,7 @@ TEST_F(DateOperations, OnFindsTheDayItselfOrTheNextOne) {
     EXPECT_EQ(at(on(date, 6), 0), localMidnight + days(6));
     EXPECT_EQ(at(on(date, 8), 0), localMidnight + days(1));
     EXPECT_EQ(at(on(date, 14), 0), localMidnight);
+    EXPECT_EQ(at(on(date, -6), 0), localMidnight + days(1));
 }
 
 TEST_F(DateOperations, WeekdayIsThatOfTheLocalDay) {

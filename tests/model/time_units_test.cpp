@@ -93,6 +93,8 @@ TEST(TimeUnitsDeathTest, AFractionBeyond64BitsIsFatal) {
     // Sixty times this is 2^63 exactly, the first number that does not fit.
     EXPECT_DEATH(static_cast<void>(minutes(153'722'867'280'912'930.133)), "64 bits");
     EXPECT_EQ(minutes(153'722'867'280'912'900.0), 9'223'372'036'854'773'760);
+    // Its negative is the least that does.
+    EXPECT_EQ(minutes(-153'722'867'280'912'930.133), least);
     // The sixtieths fit, the seconds do not.
     EXPECT_DEATH(static_cast<void>(hours(1e16)), "does not fit 64 bits");
     EXPECT_DEATH(static_cast<void>(days(1e15)), "does not fit 64 bits");

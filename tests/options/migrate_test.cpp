@@ -59,6 +59,27 @@ TEST_F(MigrateTest, AnotherVersionIsToldWhichRanBefore) {
     EXPECT_EQ(output->lines(), (Lines{"💻 Executing migration", "💻 Saving the latest version info: 2.0"}));
 }
 
+TEST_F(MigrateTest, EachStepIsSaidBeforeItIsTaken) {
+    class WatchedDefaults final : public UserDefaults {
+    public:
+        explicit WatchedDefaults(const RecordingLineSink& output) : output_(output) {}
+        [[nodiscard]] std::optional<PropertyValue> object(std::string_view) const override {
+            return std::string("1.0");
+        }
+        void set(std::string_view, PropertyValue) override { linesAtSet = output_.lines(); }
+        void remove(std::string_view) override { ADD_FAILURE() << "the version was removed"; }
+        Lines linesAtSet;
+
+    private:
+        const RecordingLineSink& output_;
+    };
+    WatchedDefaults watched(*output);
+    Lines linesAtMigration;
+    Migrate("2.0", watched, [&](std::int64_t, std::int64_t, std::int64_t) { linesAtMigration = output->lines(); });
+    EXPECT_EQ(linesAtMigration, Lines{"💻 Executing migration"});
+    EXPECT_EQ(watched.linesAtSet, (Lines{"💻 Executing migration", "💻 Saving the latest version info: 2.0"}));
+}
+
 TEST_F(MigrateTest, AnOlderVersionIsAnotherOneToo) {
     EXPECT_EQ(migrate("2.0", "1.9"), (std::vector<Version>{{2, 0, 0}}));
 }

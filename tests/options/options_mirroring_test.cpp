@@ -1,9 +1,12 @@
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -108,28 +111,90 @@ TEST_F(OptionsMirroring, EveryKindOfWriteArmsTheTimer) {
     }
 }
 
-TEST_F(OptionsMirroring, ResetRestartsTheTimerEightTimes) {
-    class CountingLoops final : public RunLoopProvider, public RunLoop {
-    public:
-        [[nodiscard]] RunLoop& main() override { return *this; }
-        [[nodiscard]] RunLoop& current() override { return *this; }
-        void add(std::shared_ptr<Timer> timer, RunLoopMode) override { timers.push_back(std::move(timer)); }
-        std::vector<std::shared_ptr<Timer>> timers;
-    };
-    const auto counting = std::make_shared<CountingLoops>();
-    platform::Services services = platform::services();
-    services.runLoopProvider = counting;
-    const platform::ScopedInstall scope(services);
+/// Keeps the timers that it is given and fires none.
+class KeepingLoops final : public RunLoopProvider, public RunLoop {
+public:
+    ~KeepingLoops() override {
+        // The last one keeps its target.
+        for (const auto& timer : timers) {
+            timer->invalidate();
+        }
+    }
+    [[nodiscard]] RunLoop& main() override { return *this; }
+    [[nodiscard]] RunLoop& current() override { return *this; }
+    void add(std::shared_ptr<Timer> timer, RunLoopMode) override {
+        onAdd();
+        timers.push_back(std::move(timer));
+    }
+    std::vector<std::shared_ptr<Timer>> timers;
+    std::function<void()> onAdd = [] {};
+};
 
+class OptionsTimers : public OptionsMirroring {
+protected:
+    OptionsTimers() {
+        platform::Services services = platform::services();
+        services.runLoopProvider = keeping;
+        scope_.emplace(std::move(services));
+    }
+
+    const std::shared_ptr<KeepingLoops> keeping = std::make_shared<KeepingLoops>();
+
+private:
+    std::optional<platform::ScopedInstall> scope_;
+};
+
+TEST_F(OptionsTimers, AreRestartedEightTimesByReset) {
     Options::reset();
 
-    ASSERT_EQ(counting->timers.size(), 8U);
-    for (const auto& timer : counting->timers) {
+    ASSERT_EQ(keeping->timers.size(), 8U);
+    for (const auto& timer : keeping->timers) {
         EXPECT_EQ(timer->timeInterval(), 3s);
         EXPECT_FALSE(timer->repeats());
-        EXPECT_EQ(timer->isValid(), timer == counting->timers.back());
+        EXPECT_EQ(timer->isValid(), timer == keeping->timers.back());
     }
-    counting->timers.back()->invalidate();
+}
+
+TEST_F(OptionsTimers, AreArmedAfterTheWriteAndWhenTheEarlierOneHasEnded) {
+    std::vector<std::optional<PropertyValue>> written;
+    keeping->onAdd = [&] {
+        written.push_back(defaults->object(OptionKeys::Evening));
+        written.push_back(defaults->object(OptionKeys::MacAppPurchased));
+        EXPECT_FALSE(!keeping->timers.empty() && keeping->timers.back()->isValid());
+    };
+    Options::setEvening(72'000);
+    Options::setHasMacApp(true);
+    Options::setHasMacApp(std::nullopt);
+    const std::optional<PropertyValue> evening = std::int64_t{72'000};
+    EXPECT_EQ(written,
+              (std::vector<std::optional<PropertyValue>>{evening, std::nullopt, evening, true, evening, std::nullopt}));
+}
+
+TEST_F(OptionsTimers, AreLetGoOfAfterThePush) {
+    Options::setEvening(72'000);
+    const std::weak_ptr<Timer> timer = keeping->timers.back();
+    keeping->timers.back()->fire();
+    EXPECT_EQ(cloud->integer(OptionKeys::Evening), 72'000);
+    keeping->timers.clear();
+    EXPECT_TRUE(timer.expired());
+}
+
+TEST_F(OptionsTimers, OfAWriteThatThePushItselfCausesEndsWithThePush) {
+    class WritingStore final : public NSUbiquitousKeyValueStore {
+    public:
+        [[nodiscard]] std::optional<PropertyValue> object(std::string_view) const override { return std::nullopt; }
+        void set(std::string_view, PropertyValue) override { Options::setLater(60); }
+        void remove(std::string_view) override {}
+        bool synchronize() override { return true; }
+    };
+    platform::Services services = platform::services();
+    services.ubiquitousKeyValueStore = std::make_shared<WritingStore>();
+    const platform::ScopedInstall scope(services);
+    Options::setEvening(72'000);
+    const auto first = keeping->timers.back();
+    first->fire();
+    EXPECT_GT(keeping->timers.size(), 1U);
+    EXPECT_FALSE(keeping->timers.back()->isValid());
 }
 
 TEST_F(OptionsMirroring, ReadingArmsNoTimer) {
@@ -283,6 +348,15 @@ TEST_F(OptionsMirroring, EachArrivalTellsTheObserverThatIsSetWhenItsTurnComes) {
     cloud->arrive({});
     mainQueue->runAll();
     EXPECT_EQ(told, (std::vector<std::string>{"first", "second"}));
+}
+
+TEST_F(OptionsMirroring, AnObserverThatIsSetAfterAnArrivalIsToldOfItToo) {
+    touch();
+    cloud->arrive({});
+    int told = 0;
+    Options::setSyncObserver([&told] { ++told; });
+    mainQueue->runAll();
+    EXPECT_EQ(told, 1);
 }
 
 TEST_F(OptionsMirroring, AnObserverMaySetAnother) {

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "quendokit/options/option_keys.hpp"
+#include "testing/failing_calendar.hpp"
 #include "tests/support/device_fixture.hpp"
 
 namespace quendokit::testing {
@@ -134,6 +135,16 @@ TEST_F(OptionsTest, ANegativeTimeIsRelativeToTheLocalTimeWithItsSeconds) {
     EXPECT_EQ(defaults->integer(OptionKeys::Evening), hours(12) + minutes(19) + 30);
     Options::setEvening(least);
     EXPECT_EQ(defaults->integer(OptionKeys::Evening), least + hours(12) + minutes(20) + 30 + days(1));
+}
+
+TEST_F(OptionsDeathTest, ANegativeTimeNeedsACalendarThatAnswers) {
+    platform::Services services = platform::services();
+    services.calendar = std::make_shared<FailingCalendar>();
+    const platform::ScopedInstall scope(services);
+    EXPECT_DEATH(Options::setEvening(-1), "the calendar has no answer: the time of day of a date");
+    EXPECT_DEATH(static_cast<void>(Options::ThisMorning()), "the calendar has no answer: the day of the week");
+    Options::setEvening(0);
+    EXPECT_EQ(defaults->integer(OptionKeys::Evening), 0);
 }
 
 TEST_F(OptionsTest, ADayIsStoredAsItsNumber) {

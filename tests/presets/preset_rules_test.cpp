@@ -70,7 +70,12 @@ TEST_F(PresetRules, BeforeTheMorningBeginsItIsTheComingOne) {
 TEST_F(PresetRules, WhichMorningItIsFollowsTheDayAfterNow) {
     EXPECT_EQ(givenAt(presets.TomorrowMorning(), nextWeekOn(Day::sunday, hours(2))), nextWeekOn(Day::sunday, hours(9)));
     EXPECT_EQ(givenAt(presets.TomorrowMorning(), onDay(Day::saturday, hours(2))), onDay(Day::saturday, hours(10)));
-    // The day after `date` is no matter.
+    // The day after `date` is no matter, be it before its morning or afterwards.
+    itIs(onDay(Day::friday, hours(12)));
+    EXPECT_EQ(given(presets.TomorrowMorning(), onDay(Day::tuesday, hours(9) + minutes(30))),
+              onDay(Day::tuesday, hours(10)));
+    itIs(onDay(Day::tuesday, hours(12)));
+    EXPECT_EQ(given(presets.TomorrowMorning(), onDay(Day::friday, hours(2))), onDay(Day::friday, hours(9)));
     itIs(onDay(Day::friday, hours(12)));
     EXPECT_EQ(given(presets.TomorrowMorning(), onDay(Day::tuesday, hours(12))), onDay(Day::wednesday, hours(10)));
     itIs(onDay(Day::tuesday, hours(12)));
