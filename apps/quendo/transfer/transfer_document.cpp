@@ -34,7 +34,7 @@ std::string writeTransfer(const std::vector<TransferEntry>& entries, TransferFor
         case TransferFormat::json:
             return writeJson(entries, writing);
         case TransferFormat::icalendar:
-            return {};
+            return writeIcalendar(entries, writing);
     }
     return {};
 }
@@ -54,7 +54,7 @@ Outcome<TransferDocument> readTransfer(std::string_view text, const TransferRead
         return readJson(text, reading);
     }
     if (beginsIcalendar(content)) {
-        return refusalOf(reading, "this is iCalendar; give JSON");
+        return readIcalendar(text, reading);
     }
     return refusalOf(
         reading,
