@@ -1,5 +1,7 @@
 #include "apps/quendo/escaped_text.hpp"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 
 namespace quendo {
@@ -77,6 +79,17 @@ bool isPlainText(std::string_view text) {
         text.remove_prefix(c.length);
     }
     return true;
+}
+
+std::string plainText(std::string_view text) {
+    std::string plain;
+    while (!text.empty()) {
+        const CodePoint c = firstCodePoint(text);
+        const std::size_t length = std::max<std::size_t>(c.length, 1);
+        plain += c.length == 0 || c.value == 0 ? "\uFFFD" : text.substr(0, length);
+        text.remove_prefix(length);
+    }
+    return plain;
 }
 
 }  // namespace quendo

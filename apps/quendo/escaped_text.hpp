@@ -19,4 +19,7 @@ namespace quendo {
 /// Whether `text` is UTF-8 without NUL, as the cloud demands of titles. Any thread.
 [[nodiscard]] bool isPlainText(std::string_view text);
 
+/// `text` with U+FFFD in the place of every NUL and every byte that is no UTF-8. Any thread.
+[[nodiscard]] std::string plainText(std::string_view text);
+
 }  // namespace quendo
