@@ -107,6 +107,10 @@ TEST_F(TransferIcalendarRefusals, TimesThatCannotBeReadAreRefusedAtTheirLine) {
               "COMPLETED (line 10) cannot be read: \"x\"; write it as 20261121T180000, or with a Z in UTC");
 }
 
+TEST_F(TransferIcalendarRefusals, FoldedLinesCountAsTheLinesThatTheyAre) {
+    EXPECT_TRUE(refusalOfTodo("SUMMARY:b\n c\n d\nDUE:x\n", ", \"bcd\"").starts_with("DUE (line 11) cannot be read"));
+}
+
 TEST_F(TransferIcalendarRefusals, MomentsThatCannotBeMeantAreRefused) {
     EXPECT_EQ(refusalOfTodo("SUMMARY:b\nDUE:19700101T000000Z\n", ", \"b\""),
               "DUE (line 9) is not after 1970-01-01; give a later one");
