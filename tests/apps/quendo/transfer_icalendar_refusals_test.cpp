@@ -45,13 +45,20 @@ TEST_F(TransferIcalendarRefusals, EveryCutInTheMiddleIsRefusedNamingTheLastLine)
 
 TEST_F(TransferIcalendarRefusals, ComponentsThatAreNotNestedRightlyAreRefusedAtTheirLine) {
     EXPECT_EQ(refusal("BEGIN:VCARD\nEND:VCARD\n"),
-              "reminders: line 1: \"BEGIN:VCARD\" stands where BEGIN:VCALENDAR should; mend it, or export again");
+              "reminders: line 1: \"BEGIN:VCARD\" stands where \"BEGIN:VCALENDAR\" should; mend it, or export again");
     EXPECT_EQ(refusal(calendar("BEGIN:VTODO\nSUMMARY:a\n")),
-              "reminders: line 5: \"END:VCALENDAR\" stands where END:VTODO should; mend it, or export again");
+              "reminders: line 5: \"END:VCALENDAR\" stands where \"END:VTODO\" should; mend it, or export again");
     EXPECT_EQ(refusal(calendar("") + "END:VTODO\n"),
-              "reminders: line 4: END:VTODO has no BEGIN; remove it, or export again");
+              "reminders: line 4: \"END:VTODO\" has no BEGIN; remove it, or export again");
     EXPECT_EQ(refusal(calendar("") + "SUMMARY:a\n"),
               "reminders: line 4: the line stands outside the calendar; put it before END:VCALENDAR, or remove it");
+}
+
+TEST_F(TransferIcalendarRefusals, NamesOfComponentsAreMadeHarmlessForTheTerminal) {
+    EXPECT_EQ(refusal(calendar("BEGIN:V\xFF\x1B\nEND:VTODO\n")),
+              "reminders: line 4: \"END:VTODO\" stands where \"END:V\\xFF\\u001B\" should; mend it, or export again");
+    EXPECT_EQ(refusal(calendar("") + "END:\xFF\n"),
+              "reminders: line 4: \"END:\\xFF\" has no BEGIN; remove it, or export again");
 }
 
 TEST_F(TransferIcalendarRefusals, NulIsRefusedAtItsLine) {
