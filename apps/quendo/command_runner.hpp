@@ -2,7 +2,7 @@
 /// \file
 /// `CommandRunner`, the client's half of a command: words to requests, answers to text.
 
-#include <functional>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -70,6 +70,9 @@ private:
     [[nodiscard]] Outcome<std::optional<Choice>> choiceOf(const ChoiceArguments& arguments) const;
     /// The moment that WHEN means, whatever it is good for. Warns likewise.
     [[nodiscard]] Outcome<quendokit::Date> dateOf(const std::string& when) const;
+    /// When a to-do falls due that names a date alone. Asked in a session of its own, so that nobody waits while a file
+    /// is read.
+    [[nodiscard]] Outcome<std::int64_t> workdayMorning() const;
     /// Writes to standard error, unless only errors are to be told.
     void warn(const std::string& line) const;
 

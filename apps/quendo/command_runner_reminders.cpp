@@ -2,11 +2,10 @@
 /// The commands that keep reminders.
 
 #include "apps/quendo/command_runner.hpp"
-#include "apps/quendo/escaped_text.hpp"
-#include "apps/quendo/preset_name.hpp"
 #include "apps/quendo/render_changes.hpp"
 #include "apps/quendo/render_json.hpp"
 #include "apps/quendo/render_text.hpp"
+#include "apps/quendo/transfer/transfer_rules.hpp"
 
 namespace quendo {
 namespace {
@@ -14,13 +13,8 @@ namespace {
 using quendokit::ReminderList;
 
 std::optional<Failure> refuseTitle(const std::string& title) {
-    if (title.find_first_not_of(" \t\r\n") == std::string::npos) {
-        return Failure{ExitCode::usage, "the title is empty; say what to be reminded of"};
-    }
-    if (!isPlainText(title)) {
-        return Failure{ExitCode::usage, "the title is not UTF-8 text; check the terminal's encoding"};
-    }
-    return std::nullopt;
+    const auto problem = problemOfTitle(title);
+    return problem ? std::optional(Failure{ExitCode::usage, *problem}) : std::nullopt;
 }
 
 }  // namespace

@@ -43,7 +43,7 @@ Outcome<Output> CommandRunner::operator()(const ExportArguments& arguments) {
         return entries.failure();
     }
     std::string text = writeTransfer(entries.value(), format.value(), {*zone_, quendokit::SystemClock().now(), {}});
-    if (!arguments.file) {
+    if (!arguments.file || *arguments.file == "-") {
         text.pop_back();
         return Output{std::move(text), ExitCode::done, true};
     }
@@ -54,12 +54,26 @@ Outcome<Output> CommandRunner::operator()(const ExportArguments& arguments) {
     return Output{json_ ? json::count("exported", count) : plain::exported(count, transferFileName(*arguments.file))};
 }
 
+Outcome<std::int64_t> CommandRunner::workdayMorning() const {
+    auto session = openSession();
+    if (!session) {
+        return session.failure();
+    }
+    auto options = quendo::ask(*session.value(), OptionsRequest());
+    // While the settings cannot be read, everyone's plan serves; the import itself says so.
+    return options ? options.value().workdayMorning : TransferReading{"", *zone_}.timeOfDates;
+}
+
 Outcome<Output> CommandRunner::operator()(const ImportArguments& arguments) {
     auto text = readTransferFile(arguments.file);
     if (!text) {
         return text.failure();
     }
-    auto document = readTransfer(text.value(), {transferFileName(arguments.file), *zone_});
+    auto morning = workdayMorning();
+    if (!morning) {
+        return morning.failure();
+    }
+    auto document = readTransfer(text.value(), {transferFileName(arguments.file), *zone_, morning.value(), {}});
     if (!document) {
         return document.failure();
     }

@@ -175,6 +175,21 @@ TEST_F(QuendoTransfer, AnExportThatCannotBeWrittenSaysWhyAndKeepsTheOldFile) {
     expectRefusal({"export", "/dev/full"}, 1, "/dev/full");
 }
 
+TEST_F(QuendoTransfer, ADashIsStandardOutput) {
+    fill();
+    EXPECT_EQ(json::parse(run({"export", "-"}).output).size(), 4U);
+    EXPECT_FALSE(fs::exists("-"));
+}
+
+TEST_F(QuendoTransfer, AToDoForADateAloneFallsDueWhenTheWorkdayBegins) {
+    answer({"options", "set", "workday-morning", "08:15"});
+    const std::string file = write("date.ics",
+                                   "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//x//y//\r\nBEGIN:VTODO\r\nUID:a-b-c\r\n"
+                                   "SUMMARY:Milk\r\nDUE;VALUE=DATE:20500102\r\nEND:VTODO\r\nEND:VCALENDAR\r\n");
+    EXPECT_EQ(answer({"import", file}), (json{{"imported", 1}}));
+    EXPECT_EQ(answer({"show", "a-b-c"})["condition"]["date"], "2050-01-02T08:15:00+01:00");
+}
+
 TEST_F(QuendoTransfer, TellsAPersonHowMany) {
     add("Milk");
     EXPECT_EQ(run({"export", path("a.json")}).output, "Exported 1 reminder to " + path("a.json") + ".\n");

@@ -84,7 +84,7 @@ TEST_F(TransferIcalendarRefusals, TitlesThatSayNothingAreRefused) {
     EXPECT_EQ(refusalOfTodo("DUE:20261121\nSUMMARY: \\n \n", ", \"\\u000A\""),
               "the title is empty; say what to be reminded of");
     EXPECT_EQ(refusalOfTodo("DUE:20261121\nSUMMARY:K\xE4se\n", ", \"K\\xE4se\""),
-              "the title is not UTF-8 text; convert the file to UTF-8");
+              "the title is not UTF-8 text; convert it to UTF-8");
 }
 
 TEST_F(TransferIcalendarRefusals, IdentifiersThatTheCloudWouldRefuseAreRefused) {
