@@ -1,5 +1,6 @@
 #include "apps/quendo/doctor.hpp"
 
+#include <cstdint>
 #include <cstdlib>
 #include <optional>
 #include <string_view>
@@ -13,6 +14,8 @@
 #include "adapters/files/file_user_defaults.hpp"
 #include "adapters/sqlite/sqlite_realm_provider.hpp"
 #include "apps/quendo/lock_file.hpp"
+#include "hostkit/day_plan_check.hpp"
+#include "quendokit/options/option_keys.hpp"
 #include "quendokit/store/quendokit_config.hpp"
 
 namespace quendo {
@@ -100,6 +103,23 @@ Finding databaseFinding(const Folders& folders, ExitCode& code) {
     return {"database", true, detail};
 }
 
+/// The day plan as the settings hold it, whatever the engine makes of it.
+quendokit::DayPlan storedPlan(const quendokit::UserDefaults& settings) {
+    namespace keys = quendokit::OptionKeys;
+    quendokit::DayPlan plan;
+    for (const auto& [key, number] :
+         {std::pair(keys::FirstWorkday, &plan.firstWorkday), std::pair(keys::FirstWeekend, &plan.firstWeekend),
+          std::pair(keys::WorkdayMorning, &plan.workdayMorning), std::pair(keys::WeekendMorning, &plan.weekendMorning),
+          std::pair(keys::Afternoon, &plan.afternoon), std::pair(keys::Evening, &plan.evening),
+          std::pair(keys::Later, &plan.later), std::pair(keys::Postpone, &plan.postpone)}) {
+        const auto value = settings.object(key);
+        if (const auto* integer = value ? std::get_if<std::int64_t>(&*value) : nullptr) {
+            *number = *integer;
+        }
+    }
+    return plan;
+}
+
 Finding settingsFinding(const Folders& folders, ExitCode& code) {
     if (const auto error = quendokit::FileUserDefaults::examine(folders.settings())) {
         Failure failure = failureOf(*error);
@@ -107,8 +127,17 @@ Finding settingsFinding(const Folders& folders, ExitCode& code) {
         return {"settings", false, std::move(failure.line)};
     }
     std::error_code unknown;
-    const bool some = std::filesystem::exists(folders.settings(), unknown);
-    return {"settings", true, some ? "sound" : "as everyone begins"};
+    if (!std::filesystem::exists(folders.settings(), unknown)) {
+        return {"settings", true, "as everyone begins"};
+    }
+    quendokit::FileUserDefaultsOptions options;
+    options.file = folders.settings();
+    const quendokit::FileUserDefaults settings(options);
+    const auto flaws = quendokit::DayPlanCheck().flaws(storedPlan(settings));
+    if (!flaws.empty()) {
+        return {"settings", false, flaws.front() + (flaws.size() > 1 ? " (and other settings)" : "")};
+    }
+    return {"settings", true, "sound"};
 }
 
 Finding zoneFinding() {

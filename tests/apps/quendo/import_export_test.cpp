@@ -1,6 +1,9 @@
 /// \file
 /// Moving reminders out of a home and into another one.
 
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
 #include <fstream>
 #include <sstream>
 
@@ -188,6 +191,50 @@ TEST_F(QuendoTransfer, AToDoForADateAloneFallsDueWhenTheWorkdayBegins) {
                                    "SUMMARY:Milk\r\nDUE;VALUE=DATE:20500102\r\nEND:VTODO\r\nEND:VCALENDAR\r\n");
     EXPECT_EQ(answer({"import", file}), (json{{"imported", 1}}));
     EXPECT_EQ(answer({"show", "a-b-c"})["condition"]["date"], "2050-01-02T08:15:00+01:00");
+}
+
+/// One reminder as a line of an export, without its comma: upcoming, passed, at the Mac and seen there, in turn.
+std::string exportedLine(int i) {
+    const bool atMac = i % 4 >= 2;
+    const bool shown = i % 4 == 3;
+    const std::time_t seconds = (i % 4 == 0 ? 3'000'000'000 : 1'000'000'000) + 7 * i;
+    char date[32];
+    std::tm fields{};
+    std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S+00:00", gmtime_r(&seconds, &fields));
+    const std::string moment = "\"date\":\"" + std::string(date) + "\",\"epoch\":" + std::to_string(seconds);
+    char id[40];
+    std::snprintf(id, sizeof id, "00000000-0000-4000-8000-%012d", i);
+    return std::string("{\"id\":\"") + id + "\",\"title\":\"Milk no. " + std::to_string(i) +
+           " \u00e9\",\"shown\":" + (shown ? "true" : "false") +
+           ",\"condition\":{\"type\":" + (atMac ? "\"device\",\"device\":\"mac\"}" : "\"dateTime\"," + moment + "}") +
+           ",\"list\":\"" +
+           (i % 4 == 0   ? "upcoming"
+            : i % 4 == 2 ? "mac"
+                         : "passed") +
+           "\",\"pending\":true,\"deleted\":false,\"completed\":{" + moment + "}}";
+}
+
+TEST_F(QuendoTransfer, AHundredThousandGoInAndComeOutAlike) {
+    environment_["TZ"] = "UTC";
+    constexpr int count = 100'000;
+    std::vector<std::string> lines;
+    std::string text = "[\n";
+    for (int i = 0; i < count; ++i) {
+        lines.push_back(exportedLine(i));
+        text += lines.back() + (i + 1 < count ? ",\n" : "\n]\n");
+    }
+    EXPECT_EQ(answer({"import", write("many.json", text)}), (json{{"imported", count}}));
+    EXPECT_EQ(answer({"export", path("again.json")}), (json{{"exported", count}}));
+    std::vector<std::string> again;
+    std::ifstream file(path("again.json"));
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with('{')) {
+            again.push_back(line.ends_with(',') ? line.substr(0, line.size() - 1) : line);
+        }
+    }
+    std::sort(again.begin(), again.end());
+    std::sort(lines.begin(), lines.end());
+    EXPECT_TRUE(again == lines);
 }
 
 TEST_F(QuendoTransfer, TellsAPersonHowMany) {

@@ -347,6 +347,27 @@ TEST_F(QuendoPlan, DamagedSettingsArePutAsideAndSaid) {
     EXPECT_TRUE(kept);
 }
 
+TEST_F(QuendoPlan, DoctorNamesSettingsThatCannotBeMeant) {
+    answer({"options", "set", "evening", "19:30"});
+    for (const auto& [key, value] : std::map<std::string, int>{{"first-workday", 0},
+                                                               {"evening", -1},
+                                                               {"afternoon", 86'400},
+                                                               {"workday-morning", 70'200},
+                                                               {"later", -5}}) {
+        SCOPED_TRACE(key);
+        json document = json::parse(std::ifstream(home_ / "settings.json"));
+        const json sound = document;
+        document["quendokit.options." + key] = value;
+        std::ofstream(home_ / "settings.json") << document;
+        const ProgramResult result = run({"doctor"});
+        EXPECT_EQ(result.code, 1);
+        EXPECT_NE(result.output.find("FAILED  settings"), std::string::npos) << result.output;
+        EXPECT_NE(result.output.find(key), std::string::npos) << result.output;
+        std::ofstream(home_ / "settings.json") << sound;
+        EXPECT_EQ(run({"doctor"}).code, 0);
+    }
+}
+
 TEST_F(QuendoPlan, DoctorLooksAtTheSettings) {
     putSettings("no json");
     const ProgramResult result = run({"--json", "doctor"});
