@@ -13,27 +13,20 @@ namespace {
 constexpr const char* whenForms =
     "2026-11-21, \"2026-11-21 18:00\", 18:00, +20m, +1h30m, +2d or @SECONDS since 1970; a moment still to come";
 
-/// The commands and where their words go. Lives as long as the parser that writes into it.
+/// Where the commands' words go. Lives as long as the parser that writes into it.
 struct Commands {
     AddArguments add;
     ListArguments list;
     ShowArguments show;
+    EditArguments edit;
+    PostponeArguments postpone;
+    SeenArguments seen;
     DeleteArguments delete_;
+    ClearArguments clear;
     PresetsArguments presets;
     OptionsArguments options;
-
-    CLI::App* addCommand = nullptr;
-    CLI::App* listCommand = nullptr;
-    CLI::App* showCommand = nullptr;
-    CLI::App* deleteCommand = nullptr;
-    CLI::App* presetsCommand = nullptr;
-    CLI::App* actionsCommand = nullptr;
-    CLI::App* optionsCommand = nullptr;
-    CLI::App* getCommand = nullptr;
-    CLI::App* setCommand = nullptr;
-    CLI::App* resetCommand = nullptr;
-    CLI::App* versionCommand = nullptr;
-    CLI::App* doctorCommand = nullptr;
+    ExportArguments export_;
+    ImportArguments import_;
 };
 
 /// CLI11 takes an empty answer for a yes.
@@ -42,51 +35,111 @@ std::string isCount(const std::string& text) {
     return digits ? "" : "\"" + text + "\" is no count";
 }
 
-void describe(CLI::App& app, Commands& commands) {
-    commands.addCommand = app.add_subcommand("add", "store a reminder");
-    commands.addCommand->add_option("TITLE", commands.add.title, "what to be reminded of")->required();
-    commands.addCommand->add_option("--at", commands.add.at, whenForms)->type_name("WHEN");
-    commands.addCommand
-        ->add_option("--preset", commands.add.preset,
-                     "a named time by its number or English name, as tomorrow-morning; see quendo presets; later when "
-                     "nothing else is given")
-        ->type_name("PRESET");
-    commands.addCommand->add_flag("--mac", commands.add.mac, "at the next arrival at the Mac");
+/// Adds a command that, when it is the one, becomes `parsed.command` with what was read into `words`.
+template <typename Words>
+CLI::App* addCommand(CLI::App& app, const char* name, const char* does, Arguments& parsed, Words& words) {
+    CLI::App* command = app.add_subcommand(name, does);
+    command->callback([&] { parsed.command = std::move(words); });
+    return command;
+}
 
-    commands.listCommand = app.add_subcommand("list", "list the reminders");
-    commands.listCommand->add_flag("--mac", commands.list.mac, "those that wait at the Mac");
-    commands.listCommand->add_flag("--upcoming", commands.list.upcoming, "those to come");
-    commands.listCommand->add_flag("--passed", commands.list.passed, "those passed or seen");
-    commands.listCommand->add_flag("--deleted", commands.list.deleted, "also those whose deletion is not sent yet");
-    commands.listCommand->add_option("--limit", commands.list.limit, "at most so many")->type_name("N")->check(isCount);
+/// The same for a command without words of its own.
+template <typename Words>
+void addCommand(CLI::App& app, const char* name, const char* does, Arguments& parsed) {
+    app.add_subcommand(name, does)->callback([&] { parsed.command = Words(); });
+}
 
-    commands.showCommand = app.add_subcommand("show", "show one reminder");
-    commands.showCommand->add_option("ID", commands.show.id, "its identifier, or how it begins")->required();
+void addChoice(CLI::App& command, ChoiceArguments& choice, const std::string& presetHelp) {
+    command.add_option("--at", choice.at, whenForms)->type_name("WHEN");
+    command.add_option("--preset", choice.preset, presetHelp)->type_name("PRESET");
+    command.add_flag("--mac", choice.mac, "at the next arrival at the Mac");
+}
 
-    commands.deleteCommand = app.add_subcommand("delete", "delete reminders");
-    commands.deleteCommand->add_option("ID", commands.delete_.ids, "their identifiers, or how they begin")->required();
+constexpr const char* oneId = "its identifier, or how it begins";
+constexpr const char* severalIds = "their identifiers, or how they begin";
 
-    commands.presetsCommand = app.add_subcommand("presets", "say what each preset would give");
-    commands.presetsCommand->add_option("--for", commands.presets.from, "reckon from any moment instead of now")
-        ->type_name("WHEN");
+void describeReminders(CLI::App& app, Commands& commands, Arguments& parsed) {
+    const std::string presets = "a named time by its number or English name, as tomorrow-morning; see quendo presets";
+    auto* add = addCommand(app, "add", "store a reminder", parsed, commands.add);
+    add->add_option("TITLE", commands.add.title, "what to be reminded of")->required();
+    addChoice(*add, commands.add.when, presets + "; later when nothing else is given");
 
-    commands.actionsCommand = app.add_subcommand("actions", "say which buttons a notification may have");
+    auto* list = addCommand(app, "list", "list the reminders", parsed, commands.list);
+    list->add_flag("--mac", commands.list.mac, "those that wait at the Mac");
+    list->add_flag("--upcoming", commands.list.upcoming, "those to come");
+    list->add_flag("--passed", commands.list.passed, "those passed or seen");
+    list->add_flag("--deleted", commands.list.deleted, "also those whose deletion is not sent yet");
+    list->add_option("--limit", commands.list.limit, "at most so many")->type_name("N")->check(isCount);
 
-    commands.optionsCommand = app.add_subcommand("options", "show or change the day plan");
-    commands.optionsCommand->require_subcommand(0, 1);
-    commands.getCommand = commands.optionsCommand->add_subcommand("get", "show one setting");
-    commands.getCommand->add_option("KEY", commands.options.key, "its name, as first-workday")->required();
-    commands.setCommand = commands.optionsCommand->add_subcommand("set", "change one setting");
-    commands.setCommand->add_option("KEY", commands.options.key, "its name, as first-workday")->required();
-    commands.setCommand
-        ->add_option("VALUE", commands.options.value,
-                     "a day or 1 to 7; a time as 09:30; a duration as 3h or 20m; true, false or none")
+    auto* show = addCommand(app, "show", "show one reminder", parsed, commands.show);
+    show->add_option("ID", commands.show.id, oneId)->required();
+
+    auto* edit = addCommand(app, "edit", "change a reminder", parsed, commands.edit);
+    edit->add_option("ID", commands.edit.id, oneId)->required();
+    edit->add_option("--title", commands.edit.title, "what to be reminded of")->type_name("TITLE");
+    addChoice(*edit, commands.edit.when, presets + "; reckoned from now");
+
+    auto* postpone = addCommand(app, "postpone", "re-time reminders", parsed, commands.postpone);
+    postpone->add_option("ID", commands.postpone.ids, severalIds);
+    postpone->add_flag("--all-passed", commands.postpone.allPassed, "all that have passed");
+    postpone
+        ->add_option("--action", commands.postpone.when.action,
+                     "what a notification's button does: short, later, morning, afternoon or evening; see quendo "
+                     "actions")
+        ->type_name("ACTION");
+    addChoice(*postpone, commands.postpone.when, presets + "; reckoned from the reminder's own moment");
+
+    auto* seen = addCommand(app, "seen", "mark reminders seen", parsed, commands.seen);
+    seen->add_option("ID", commands.seen.ids, std::string(severalIds) + "; without any, those that wait at the Mac");
+
+    auto* remove = addCommand(app, "delete", "delete reminders", parsed, commands.delete_);
+    remove->add_option("ID", commands.delete_.ids, severalIds)->required();
+
+    addCommand<StatsArguments>(app, "stats", "count the reminders", parsed);
+
+    auto* clear = addCommand(app, "clear", "remove every reminder on this device", parsed, commands.clear);
+    clear->add_flag("--yes", commands.clear.yes, "yes, every reminder");
+}
+
+void describeOptions(CLI::App& app, Commands& commands, Arguments& parsed) {
+    using Verb = OptionsArguments::Verb;
+    auto* options = addCommand(app, "options", "show or change the day plan", parsed, commands.options);
+    options->require_subcommand(0, 1);
+    const auto addVerb = [&](const char* name, const char* does, Verb verb) {
+        CLI::App* command = options->add_subcommand(name, does);
+        // Runs before the callback of the command that it belongs to.
+        command->callback([&commands, verb] { commands.options.verb = verb; });
+        return command;
+    };
+    auto* get = addVerb("get", "show one setting", Verb::get);
+    get->add_option("KEY", commands.options.key, "its name, as first-workday")->required();
+    auto* set = addVerb("set", "change one setting", Verb::set);
+    set->add_option("KEY", commands.options.key, "its name, as first-workday")->required();
+    set->add_option("VALUE", commands.options.value,
+                    "a day or 1 to 7; a time as 09:30; a duration as 3h or 20m; true, false or none")
         ->required();
-    commands.resetCommand =
-        commands.optionsCommand->add_subcommand("reset", "go back to the day plan that everyone begins with");
+    addVerb("reset", "go back to the day plan that everyone begins with", Verb::reset);
+}
 
-    commands.versionCommand = app.add_subcommand("version", "say which version this is");
-    commands.doctorCommand = app.add_subcommand("doctor", "check files, permissions, schema, settings and time zone");
+void describe(CLI::App& app, Commands& commands, Arguments& parsed) {
+    describeReminders(app, commands, parsed);
+
+    auto* presets = addCommand(app, "presets", "say what each preset would give", parsed, commands.presets);
+    presets->add_option("--for", commands.presets.from, "reckon from any moment instead of now")->type_name("WHEN");
+    addCommand<ActionsArguments>(app, "actions", "say which buttons a notification may have", parsed);
+    describeOptions(app, commands, parsed);
+
+    auto* exporting = addCommand(app, "export", "write all reminders to a file", parsed, commands.export_);
+    exporting->add_option("FILE", commands.export_.file, "where to; standard output when not given");
+    exporting
+        ->add_option("--format", commands.export_.format,
+                     "json, or ics for iCalendar; when not given, ics for a FILE that ends so, else json")
+        ->type_name("FORMAT");
+    auto* importing = addCommand(app, "import", "store the reminders of a file", parsed, commands.import_);
+    importing->add_option("FILE", commands.import_.file, "JSON or iCalendar; - for standard input")->required();
+
+    addCommand<VersionArguments>(app, "version", "say which version this is", parsed);
+    addCommand<DoctorArguments>(app, "doctor", "check files, permissions, schema, settings and time zone", parsed);
 }
 
 /// `--home` takes the word behind it, whatever it is: a forgotten folder costs the command its name, and would make a
@@ -131,7 +184,7 @@ std::variant<Arguments, Help, Failure> parseArguments(std::vector<std::string> a
     app.add_flag("--quiet", parsed.quiet, "print errors only");
     app.require_subcommand(1);
     app.fallthrough();
-    describe(app, commands);
+    describe(app, commands, parsed);
     // CLI11 takes the words from the back.
     std::reverse(arguments.begin(), arguments.end());
     try {
@@ -144,30 +197,6 @@ std::variant<Arguments, Help, Failure> parseArguments(std::vector<std::string> a
     }
     if (auto failure = refuseHome(parsed.home, app)) {
         return *std::move(failure);
-    }
-    if (commands.addCommand->parsed()) {
-        parsed.command = std::move(commands.add);
-    } else if (commands.listCommand->parsed()) {
-        parsed.command = commands.list;
-    } else if (commands.showCommand->parsed()) {
-        parsed.command = std::move(commands.show);
-    } else if (commands.deleteCommand->parsed()) {
-        parsed.command = std::move(commands.delete_);
-    } else if (commands.presetsCommand->parsed()) {
-        parsed.command = std::move(commands.presets);
-    } else if (commands.actionsCommand->parsed()) {
-        parsed.command = ActionsArguments();
-    } else if (commands.optionsCommand->parsed()) {
-        using Verb = OptionsArguments::Verb;
-        commands.options.verb = commands.getCommand->parsed()     ? Verb::get
-                                : commands.setCommand->parsed()   ? Verb::set
-                                : commands.resetCommand->parsed() ? Verb::reset
-                                                                  : Verb::show;
-        parsed.command = std::move(commands.options);
-    } else if (commands.versionCommand->parsed()) {
-        parsed.command = VersionArguments();
-    } else {
-        parsed.command = DoctorArguments();
     }
     return parsed;
 }

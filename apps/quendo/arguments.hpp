@@ -12,14 +12,21 @@
 
 namespace quendo {
 
-/// None of the three last means the preset "later".
-struct AddArguments {
-    std::string title;
+/// How a person says when a reminder is to come; at most one of them can be meant.
+struct ChoiceArguments {
     /// The text of WHEN.
     std::optional<std::string> at;
     /// The text of PRESET.
     std::optional<std::string> preset;
+    /// The word for a button, only of `postpone`.
+    std::optional<std::string> action;
     bool mac = false;
+};
+
+/// No choice means the preset "later".
+struct AddArguments {
+    std::string title;
+    ChoiceArguments when;
 };
 
 /// No list chosen means all three.
@@ -36,8 +43,43 @@ struct ShowArguments {
     std::string id;
 };
 
+/// What is not given stays.
+struct EditArguments {
+    std::string id;
+    std::optional<std::string> title;
+    ChoiceArguments when;
+};
+
+struct PostponeArguments {
+    std::vector<std::string> ids;
+    bool allPassed = false;
+    ChoiceArguments when;
+};
+
+/// None means the unseen device reminders.
+struct SeenArguments {
+    std::vector<std::string> ids;
+};
+
 struct DeleteArguments {
     std::vector<std::string> ids;
+};
+
+struct StatsArguments {};
+
+struct ClearArguments {
+    bool yes = false;
+};
+
+struct ExportArguments {
+    /// Absent for standard output.
+    std::optional<std::string> file;
+    /// Absent for what the file's name says.
+    std::optional<std::string> format;
+};
+
+struct ImportArguments {
+    std::string file;
 };
 
 struct PresetsArguments {
@@ -64,8 +106,9 @@ struct Arguments {
     std::optional<std::string> home;
     bool json = false;
     bool quiet = false;
-    std::variant<AddArguments, ListArguments, ShowArguments, DeleteArguments, PresetsArguments, ActionsArguments,
-                 OptionsArguments, VersionArguments, DoctorArguments>
+    std::variant<AddArguments, ListArguments, ShowArguments, EditArguments, PostponeArguments, SeenArguments,
+                 DeleteArguments, StatsArguments, ClearArguments, PresetsArguments, ActionsArguments, OptionsArguments,
+                 ExportArguments, ImportArguments, VersionArguments, DoctorArguments>
         command;
 };
 

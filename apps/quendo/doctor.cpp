@@ -132,7 +132,7 @@ Diagnosis examine(const Folders& folders) {
     diagnosis.findings.push_back(foldersFinding(folders));
     diagnosis.findings.push_back(
         accessFinding("files", {database, database.string() + "-wal", database.string() + "-shm", folders.lock(),
-                                folders.log(), folders.settings()}));
+                                folders.journal(), folders.log(), folders.settings()}));
     diagnosis.findings.push_back(lockFinding(folders));
     diagnosis.findings.push_back(databaseFinding(folders, diagnosis.code));
     diagnosis.findings.push_back(settingsFinding(folders, diagnosis.code));

@@ -14,6 +14,7 @@ namespace quendo {
 /// The folders of one person's reminders; all the same one when a home was named.
 struct Folders : quendokit::LinuxFolders {
     [[nodiscard]] std::filesystem::path lock() const { return state / "quendo.lock"; }
+    [[nodiscard]] std::filesystem::path journal() const { return state / "quendo.journal"; }
     [[nodiscard]] std::filesystem::path log() const { return state / "quendo.log"; }
 };
 

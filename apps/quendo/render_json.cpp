@@ -51,6 +51,14 @@ std::string identifiers(const std::vector<ReminderView>& views) {
     return text(list);
 }
 
+std::string stats(const quendokit::ReminderStats& stats) {
+    return text({{"pending", stats.pending}, {"passed", stats.passed}});
+}
+
+std::string count(const char* what, std::size_t number) {
+    return text(Json::object({{what, number}}));
+}
+
 std::string presets(const PresetsView& view, const quendokit::LocalTimeZone& zone) {
     Json list = Json::array();
     for (std::size_t index = 0; index < view.presets.size(); ++index) {

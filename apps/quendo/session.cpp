@@ -8,14 +8,12 @@
 #include "apps/quendo/identifiers.hpp"
 #include "apps/quendo/locale_folder.hpp"
 #include "apps/quendo/log_file.hpp"
-#include "apps/quendo/option_change.hpp"
+#include "apps/quendo/session_internal.hpp"
 #include "hostkit/guarded_user_defaults.hpp"
-#include "quendokit/model/date_operations.hpp"
-#include "quendokit/options/options.hpp"
+#include "hostkit/intent_journal.hpp"
+#include "hostkit/two_step_changes.hpp"
 #include "quendokit/platform/realm.hpp"
-#include "quendokit/presets/preset_controller.hpp"
 #include "quendokit/store/quendokit_config.hpp"
-#include "quendokit/store/reminder_controller.hpp"
 
 namespace quendo {
 namespace {
@@ -42,16 +40,6 @@ struct Session::Record {
         const auto error = std::exchange(firstError, std::nullopt);
         return error ? std::optional(failureOf(*error)) : std::nullopt;
     }
-};
-
-/// Takes note of what the engine wants armed. Nothing rings while a single command runs.
-class Session::NotingScheduler final : public quendokit::Scheduler {
-public:
-    void schedule(const quendokit::ReminderStruct& reminder) override { lastScheduled = reminder.id(); }
-    void cancel(const quendokit::ReminderStruct&) override {}
-
-    /// The engine gives a new reminder its identifier and tells it here alone.
-    std::optional<std::string> lastScheduled;
 };
 
 Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::function<void(const std::string&)> warn) {
@@ -84,13 +72,46 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
     }
     services.standardOutput = std::make_shared<LogFile>(folders.log());
     services.userDefaults = std::make_shared<quendokit::GuardedUserDefaults>(
-        services.userDefaults, quendokit::SettingsGuardOptions{true, std::move(warn)});
-    auto session = std::unique_ptr<Session>(new Session(std::move(lock).value(), record, std::move(services)));
+        services.userDefaults, quendokit::SettingsGuardOptions{true, warn});
+    auto session = std::unique_ptr<Session>(new Session(std::move(lock).value(), folders, record, std::move(services)));
+    session->warn_ = std::move(warn);
     session->settingsFailure_ = std::move(settingsFailure);
     return session;
 }
 
-std::optional<Failure> Session::openDatabase() {
+Session::Session(LockFile lock, const Folders& folders, std::shared_ptr<Record> record,
+                 quendokit::platform::Services services)
+    : lock_(std::move(lock)),
+      folders_(folders),
+      record_(std::move(record)),
+      services_(std::move(services)),
+      scheduler_(std::make_shared<NotingScheduler>()) {}
+
+Session::~Session() = default;
+
+Outcome<Response> Session::execute(const Request& request) {
+    if (settingsFailure_) {
+        const bool needsSettings = std::holds_alternative<OptionsRequest>(request) ||
+                                   std::holds_alternative<SetOptionRequest>(request) ||
+                                   std::holds_alternative<ResetOptionsRequest>(request);
+        if (needsSettings) {
+            return *settingsFailure_;
+        }
+        // The others go by the day plan that everyone begins with.
+        warn_(settingsFailure_->line);
+    }
+    return std::visit(
+        [this](const auto& one) -> Outcome<Response> {
+            auto answer = perform(one);
+            if (!answer) {
+                return answer.failure();
+            }
+            return Response(std::move(answer).value());
+        },
+        request);
+}
+
+std::optional<Failure> Session::openToRead() {
     if (controller_) {
         return std::nullopt;
     }
@@ -98,134 +119,38 @@ std::optional<Failure> Session::openDatabase() {
     if (!realm) {
         return failureOf(realm.error());
     }
-    controller_ = quendokit::ReminderController::create(scheduler_, std::move(realm).value(), nullptr, nullptr);
+    auto journal = quendokit::IntentJournal::open(folders_.journal());
+    if (!journal) {
+        return failureOf(journal.error());
+    }
+    realm_ = std::move(realm).value();
+    controller_ = quendokit::ReminderController::create(scheduler_, realm_, nullptr, nullptr);
+    twoSteps_ = std::make_unique<quendokit::TwoStepChanges>(controller_, std::move(journal).value());
+    if (auto failure = takeFailure(twoSteps_->finishLeftovers())) {
+        failure->line = "an earlier change could not be finished: " + failure->line;
+        warn_(failure->line);
+        leftover_ = std::move(failure);
+    }
     return std::nullopt;
 }
 
-Session::Session(LockFile lock, std::shared_ptr<Record> record, quendokit::platform::Services services)
-    : lock_(std::move(lock)),
-      record_(std::move(record)),
-      services_(std::move(services)),
-      scheduler_(std::make_shared<NotingScheduler>()) {}
-
-Session::~Session() = default;
-
-Outcome<ReminderView> Session::add(const std::string& title, const quendokit::ReminderCondition& condition) {
-    if (auto failure = openDatabase()) {
-        return *std::move(failure);
+std::optional<Failure> Session::openToChange() {
+    if (auto failure = openToRead()) {
+        return failure;
     }
-    scheduler_->lastScheduled.reset();
-    controller_->store(quendokit::ReminderStruct(title, condition));
-    const auto id = scheduler_->lastScheduled;
-    auto stored = id ? ReminderControllerInternal::reminderItem(*controller_, *id) : std::nullopt;
-    if (auto failure = record_->takeFailure()) {
-        return *std::move(failure);
-    }
-    auto view = stored ? makeReminderView(*std::move(stored), quendokit::platform::clock().now()) : std::nullopt;
-    // A reminder that falls due at this very instant is in no list and cannot be read back.
-    return view ? *std::move(view) : ReminderView{id.value_or(""), title, false, condition, std::nullopt, true, false};
+    return leftover_;
 }
 
-Outcome<ReminderView> Session::add(const std::string& title, std::size_t preset) {
-    const auto chosen = quendokit::PresetController().presets().at(preset);
-    const Date now = quendokit::platform::clock().now();
-    auto condition = chosen.configuration(now);
-    if (const auto date = condition.date(); date && *date <= now) {
-        // In the very second in which the morning begins, "tomorrow morning" has just gone by: it is the next one then.
-        condition = chosen.configuration(now + 1);
-    }
-    return add(title, condition);
+std::optional<Failure> Session::takeFailure() {
+    return record_->takeFailure();
 }
 
-Outcome<std::vector<ReminderView>> Session::list(const ListRequest& request) {
-    if (auto failure = openDatabase()) {
-        return *std::move(failure);
+std::optional<Failure> Session::takeFailure(const std::optional<quendokit::Error>& error) {
+    auto failure = takeFailure();
+    if (!failure && error) {
+        failure = failureOf(*error);
     }
-    auto found = views(request);
-    if (auto failure = record_->takeFailure()) {
-        return *std::move(failure);
-    }
-    if (request.limit && found.size() > *request.limit) {
-        found.erase(found.begin() + static_cast<std::ptrdiff_t>(*request.limit), found.end());
-    }
-    return found;
-}
-
-Outcome<ReminderView> Session::show(const std::string& id) {
-    if (auto failure = openDatabase()) {
-        return *std::move(failure);
-    }
-    auto found = find(id, true);
-    if (auto failure = record_->takeFailure()) {
-        return *std::move(failure);
-    }
-    return found;
-}
-
-Outcome<std::vector<ReminderView>> Session::delete_(const std::vector<std::string>& ids) {
-    if (auto failure = openDatabase()) {
-        return *std::move(failure);
-    }
-    std::vector<ReminderView> chosen;
-    for (const std::string& id : ids) {
-        auto found = find(id, false);
-        if (auto failure = record_->takeFailure()) {
-            return *std::move(failure);
-        }
-        if (!found) {
-            return found.failure();
-        }
-        const bool again = std::any_of(chosen.begin(), chosen.end(),
-                                       [&](const ReminderView& each) { return each.id == found.value().id; });
-        if (!again) {
-            chosen.push_back(std::move(found).value());
-        }
-    }
-    std::size_t done = 0;
-    for (const ReminderView& each : chosen) {
-        controller_->delete_(quendokit::ReminderStruct(each.id, each.title, each.shown, each.condition));
-        if (auto failure = record_->takeFailure()) {
-            if (done > 0) {
-                failure->line +=
-                    " (" + std::to_string(done) + " of " + std::to_string(chosen.size()) + " were deleted before)";
-            }
-            return *std::move(failure);
-        }
-        ++done;
-    }
-    return chosen;
-}
-
-PresetsView Session::presets(std::optional<Date> from) const {
-    const Date now = quendokit::platform::clock().now();
-    return viewPresets(now, from.value_or(now));
-}
-
-std::vector<ActionView> Session::actions() const {
-    return viewActions();
-}
-
-OptionsView Session::options() const {
-    return viewOptions();
-}
-
-Outcome<OptionsView> Session::set(const OptionAssignment& assignment) {
-    if (auto failure = refusalOf(assignment)) {
-        return *std::move(failure);
-    }
-    assign(assignment);
-    if (auto failure = record_->takeFailure()) {
-        return *std::move(failure);
-    }
-    return viewOptions();
-}
-
-Outcome<OptionsView> Session::resetOptions() {
-    quendokit::Options::reset();
-    if (auto failure = record_->takeFailure()) {
-        return *std::move(failure);
-    }
-    return viewOptions();
+    return failure;
 }
 
 std::vector<ReminderView> Session::views(const ListRequest& request) const {
@@ -245,18 +170,67 @@ std::vector<ReminderView> Session::views(const ListRequest& request) const {
     return result;
 }
 
-Outcome<ReminderView> Session::find(const std::string& id, bool includingDeleted) const {
-    // A whole identifier, as scripts give it, needs no listing.
-    if (auto item = ReminderControllerInternal::reminderItem(*controller_, id);
-        item && (includingDeleted || !item->deleted)) {
+Outcome<ReminderView> Session::find(const std::string& id, bool includingDeleted) {
+    auto found = [&]() -> Outcome<ReminderView> {
+        // A whole identifier, as scripts give it, needs no listing.
+        if (auto item = ReminderControllerInternal::reminderItem(*controller_, id);
+            item && (includingDeleted || !item->deleted)) {
+            if (auto view = makeReminderView(*std::move(item), quendokit::platform::clock().now())) {
+                return *std::move(view);
+            }
+        }
+        return findReminder(views({{quendokit::allReminderLists.begin(), quendokit::allReminderLists.end()},
+                                   includingDeleted,
+                                   std::nullopt}),
+                            id);
+    }();
+    // What a reading that failed did not find may well be there.
+    if (auto failure = takeFailure()) {
+        return *std::move(failure);
+    }
+    return found;
+}
+
+Outcome<std::vector<ReminderView>> Session::findAll(const std::vector<std::string>& ids) {
+    std::vector<ReminderView> chosen;
+    for (const std::string& id : ids) {
+        auto found = find(id, false);
+        if (!found) {
+            return found.failure();
+        }
+        const bool again = std::any_of(chosen.begin(), chosen.end(),
+                                       [&](const ReminderView& each) { return each.id == found.value().id; });
+        if (!again) {
+            chosen.push_back(std::move(found).value());
+        }
+    }
+    return chosen;
+}
+
+ReminderView Session::stored(const std::string& id, const quendokit::ReminderStruct& expected) const {
+    if (auto item = ReminderControllerInternal::reminderItem(*controller_, id)) {
         if (auto view = makeReminderView(*std::move(item), quendokit::platform::clock().now())) {
             return *std::move(view);
         }
     }
-    return findReminder(
-        views(
-            {{quendokit::allReminderLists.begin(), quendokit::allReminderLists.end()}, includingDeleted, std::nullopt}),
-        id);
+    return {id, expected.title(), expected.shown(), expected.condition(), std::nullopt, true, false};
+}
+
+std::optional<Failure> Session::changeEach(
+    const std::vector<ReminderView>& chosen, const char* doneWord,
+    const std::function<std::optional<quendokit::Error>(const ReminderView&)>& change) {
+    std::size_t done = 0;
+    for (const ReminderView& each : chosen) {
+        if (auto failure = takeFailure(change(each))) {
+            if (done > 0) {
+                failure->line += " (" + std::to_string(done) + " of " + std::to_string(chosen.size()) + " were " +
+                                 doneWord + " before)";
+            }
+            return failure;
+        }
+        ++done;
+    }
+    return std::nullopt;
 }
 
 }  // namespace quendo

@@ -2,7 +2,6 @@
 /// \file
 /// `Session`, the one place that works on the reminders.
 
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -12,82 +11,103 @@
 #include "apps/quendo/failure.hpp"
 #include "apps/quendo/folders.hpp"
 #include "apps/quendo/lock_file.hpp"
-#include "apps/quendo/option_assignment.hpp"
-#include "apps/quendo/plan_view.hpp"
-#include "apps/quendo/reminder_view.hpp"
-#include "quendokit/model/reminder_condition.hpp"
+#include "apps/quendo/request.hpp"
 #include "quendokit/platform/services.hpp"
 
 namespace quendokit {
-class ReminderController;
-}
+class Realm;
+class TwoStepChanges;
+}  // namespace quendokit
 
 namespace quendo {
 
-/// Which reminders to list.
-struct ListRequest {
-    std::vector<quendokit::ReminderList> lists;
-    bool includingDeleted = false;
-    /// Absent for no limit.
-    std::optional<std::size_t> limit;
-};
-
-/// The reminders and the day plan of one person: holds the lock and installs the engine's services for its lifetime,
-/// and opens the database with the first request that needs it. One thread.
+/// The reminders and the day plan of one person, who asks by requests: holds the lock and installs the engine's
+/// services for its lifetime, and opens the database with the first request that needs it. One thread.
 class Session {
 public:
-    /// `warn` hears of settings that were damaged and put aside, or that cannot be meant; the session goes on without
-    /// them.
+    /// `warn` hears, now and while the session lasts, of what was damaged and put aside or cannot be used; the session
+    /// goes on without it.
     [[nodiscard]] static Outcome<std::unique_ptr<Session>> open(const Folders& folders,
                                                                 std::function<void(const std::string&)> warn);
     ~Session();
 
-    /// Why the settings can be neither read nor put aside; absent when they can. The session goes on with the day plan
-    /// that everyone begins with.
-    [[nodiscard]] const std::optional<Failure>& settingsFailure() const { return settingsFailure_; }
-
-    /// Stores a new reminder.
-    [[nodiscard]] Outcome<ReminderView> add(const std::string& title, const quendokit::ReminderCondition& condition);
-
-    /// Stores a new reminder for what the preset of that index gives now.
-    [[nodiscard]] Outcome<ReminderView> add(const std::string& title, std::size_t preset);
-
-    /// The reminders of the lists that are asked for, in the engine's order.
-    [[nodiscard]] Outcome<std::vector<ReminderView>> list(const ListRequest& request);
-
-    /// One reminder, also when its deletion is unsent.
-    [[nodiscard]] Outcome<ReminderView> show(const std::string& id);
-
-    /// Deletes all of them, or none when one of the identifiers fits no reminder or several. Answers them as they were.
-    /// Each is a write of its own: when the database fails, the failure says how many are deleted.
-    [[nodiscard]] Outcome<std::vector<ReminderView>> delete_(const std::vector<std::string>& ids);
-
-    /// What the presets give for `from`, now when absent.
-    [[nodiscard]] PresetsView presets(std::optional<quendokit::Date> from) const;
-    [[nodiscard]] std::vector<ActionView> actions() const;
-
-    [[nodiscard]] OptionsView options() const;
-    /// Refuses, and changes nothing, when the day plan could not be meant with the new value.
-    [[nodiscard]] Outcome<OptionsView> set(const OptionAssignment& assignment);
-    [[nodiscard]] Outcome<OptionsView> resetOptions();
+    /// Does what is asked, as a whole where the request does not say otherwise, and answers with the request's answer.
+    [[nodiscard]] Outcome<Response> execute(const Request& request);
 
 private:
     struct Record;
     class NotingScheduler;
 
-    Session(LockFile lock, std::shared_ptr<Record> record, quendokit::platform::Services services);
+    Session(LockFile lock, const Folders& folders, std::shared_ptr<Record> record,
+            quendokit::platform::Services services);
 
-    /// Opens the database if it is not open.
-    [[nodiscard]] std::optional<Failure> openDatabase();
+    // session_reminders.cpp
+    [[nodiscard]] Outcome<ReminderView> perform(const AddRequest& request);
+    [[nodiscard]] Outcome<std::vector<ReminderView>> perform(const ListRequest& request);
+    [[nodiscard]] Outcome<ReminderView> perform(const ShowRequest& request);
+    [[nodiscard]] Outcome<std::vector<ReminderView>> perform(const DeleteRequest& request);
+    [[nodiscard]] Outcome<quendokit::ReminderStats> perform(const StatsRequest& request);
+    [[nodiscard]] Outcome<ClearAnswer> perform(const ClearRequest& request);
+    // session_changes.cpp
+    [[nodiscard]] Outcome<ReminderView> perform(const EditRequest& request);
+    [[nodiscard]] Outcome<std::vector<ReminderView>> perform(const PostponeRequest& request);
+    [[nodiscard]] Outcome<SeenAnswer> perform(const SeenRequest& request);
+    // session_plan.cpp
+    [[nodiscard]] Outcome<PresetsView> perform(const PresetsRequest& request);
+    [[nodiscard]] Outcome<std::vector<ActionView>> perform(const ActionsRequest& request);
+    [[nodiscard]] Outcome<OptionsView> perform(const OptionsRequest& request);
+    [[nodiscard]] Outcome<OptionsView> perform(const SetOptionRequest& request);
+    [[nodiscard]] Outcome<OptionsView> perform(const ResetOptionsRequest& request);
+    // session_transfer.cpp
+    [[nodiscard]] Outcome<std::vector<TransferEntry>> perform(const ExportRequest& request);
+    [[nodiscard]] Outcome<ImportAnswer> perform(const ImportRequest& request);
+
+    /// Opens the database if it is not open, and finishes what an earlier session left half done; warns when that
+    /// fails.
+    [[nodiscard]] std::optional<Failure> openToRead();
+    /// The same, and fails when something is left half done: finished later, it would undo newer changes.
+    [[nodiscard]] std::optional<Failure> openToChange();
+
+    /// What went wrong with the files since the last call; the engine itself reports no errors.
+    [[nodiscard]] std::optional<Failure> takeFailure();
+    /// `takeFailure()`, or else what `error` says.
+    [[nodiscard]] std::optional<Failure> takeFailure(const std::optional<quendokit::Error>& error);
+
     [[nodiscard]] std::vector<ReminderView> views(const ListRequest& request) const;
-    [[nodiscard]] Outcome<ReminderView> find(const std::string& id, bool includingDeleted) const;
+    [[nodiscard]] Outcome<ReminderView> find(const std::string& id, bool includingDeleted);
+    /// All of them, each once and none that is deleted, or why one of the identifiers fits none.
+    [[nodiscard]] Outcome<std::vector<ReminderView>> findAll(const std::vector<std::string>& ids);
+    /// The reminder as it is stored now. `expected` is for one that falls due at this very instant and so is in no
+    /// list.
+    [[nodiscard]] ReminderView stored(const std::string& id, const quendokit::ReminderStruct& expected) const;
+
+    /// Does `change` to each of `chosen` in turn; a failure tells how many were `doneWord` before.
+    [[nodiscard]] std::optional<Failure> changeEach(
+        const std::vector<ReminderView>& chosen, const char* doneWord,
+        const std::function<std::optional<quendokit::Error>(const ReminderView&)>& change);
 
     LockFile lock_;
+    const Folders folders_;
+    std::function<void(const std::string&)> warn_;
     std::optional<Failure> settingsFailure_;
     std::shared_ptr<Record> record_;
     quendokit::platform::ScopedInstall services_;
     std::shared_ptr<NotingScheduler> scheduler_;
+    std::shared_ptr<quendokit::Realm> realm_;
     std::shared_ptr<quendokit::ReminderController> controller_;
+    std::unique_ptr<quendokit::TwoStepChanges> twoSteps_;
+    /// Why something is left half done; absent when nothing is.
+    std::optional<Failure> leftover_;
 };
+
+/// The request's own answer.
+template <typename OneRequest>
+[[nodiscard]] Outcome<typename OneRequest::Answer> ask(Session& session, OneRequest request) {
+    auto response = session.execute(Request(std::move(request)));
+    if (!response) {
+        return response.failure();
+    }
+    return std::get<typename OneRequest::Answer>(std::move(response).value());
+}
 
 }  // namespace quendo

@@ -91,7 +91,7 @@ private:
 
     void end(const std::string& name) {
         if (open_.empty()) {
-            return refuse("END:" + name + " has no BEGIN; remove it, or export again");
+            return refuse(quotedText("END:" + name) + " has no BEGIN; remove it, or export again");
         }
         if (name != open_.back()) {
             return refuseName("END:" + name, "END:" + open_.back());
@@ -120,7 +120,8 @@ private:
         if (isCut) {
             failure_ = cutOff(reading_, line_);
         } else {
-            refuse(fmt::format("{} stands where {} should; mend it, or export again", quotedText(found), expected));
+            refuse(fmt::format("{} stands where {} should; mend it, or export again", quotedText(found),
+                               quotedText(expected)));
         }
     }
 

@@ -42,9 +42,14 @@ struct TransferReading {
 [[nodiscard]] std::string writeTransfer(const std::vector<TransferEntry>& entries, TransferFormat format,
                                         const TransferWriting& writing);
 
-/// Reads a document in either format, told apart by its first characters. All or nothing: a failure is
-/// `ExitCode::usage` and one line that names the text, the entry or line, what is wrong with it and what to do. Any
-/// thread.
+/// Reads a document in either format, the calendars of other programs too, told apart by its first characters. All or
+/// nothing: a failure is `ExitCode::usage` and one line that names the text, the entry or line, what is wrong with it
+/// and what to do. Any thread.
+///
+/// A to-do of iCalendar falls due at its DUE, else its DTSTART, else its first alarm at a moment of its own. A time
+/// that names no zone is local; a date alone is that date at `timeOfDates`, when the person is up, and not midnight.
+/// STATUS or COMPLETED say that it was shown. What is no to-do, was cancelled or is one date of a repeating one is left
+/// out with a warning.
 [[nodiscard]] Outcome<TransferDocument> readTransfer(std::string_view text, const TransferReading& reading);
 
 }  // namespace quendo

@@ -32,7 +32,6 @@ public:
         return *this;
     }
     friend bool operator==(const Cursor& a, const Cursor& b) { return a.at_ == b.at_; }
-    friend bool operator!=(const Cursor& a, const Cursor& b) { return a.at_ != b.at_; }
 
 private:
     const char* at_;

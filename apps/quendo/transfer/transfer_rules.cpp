@@ -37,7 +37,7 @@ TransferProblem problemOfTitle(std::string_view title) {
         return "the title holds a NUL character; remove it";
     }
     if (!isPlainText(title)) {
-        return "the title is not UTF-8 text; convert the file to UTF-8";
+        return "the title is not UTF-8 text; convert it to UTF-8";
     }
     return std::nullopt;
 }

@@ -69,6 +69,12 @@ protected:
         expectRefused(run(arguments), code, words);
     }
 
+    /// Changes the database behind the program's back.
+    void sql(const std::string& statement) const {
+        const ProgramResult result = quendokit::testing::runProgram({"sqlite3", database_.string(), statement});
+        EXPECT_EQ(result.code, 0) << result.errors;
+    }
+
     /// Stops the program's clock at a time of Berlin, as "2026-11-18 10:15:00".
     void itIs(const std::string& time) {
         environment_["LD_PRELOAD"] = QUENDO_FAKETIME;

@@ -45,13 +45,20 @@ TEST_F(TransferIcalendarRefusals, EveryCutInTheMiddleIsRefusedNamingTheLastLine)
 
 TEST_F(TransferIcalendarRefusals, ComponentsThatAreNotNestedRightlyAreRefusedAtTheirLine) {
     EXPECT_EQ(refusal("BEGIN:VCARD\nEND:VCARD\n"),
-              "reminders: line 1: \"BEGIN:VCARD\" stands where BEGIN:VCALENDAR should; mend it, or export again");
+              "reminders: line 1: \"BEGIN:VCARD\" stands where \"BEGIN:VCALENDAR\" should; mend it, or export again");
     EXPECT_EQ(refusal(calendar("BEGIN:VTODO\nSUMMARY:a\n")),
-              "reminders: line 5: \"END:VCALENDAR\" stands where END:VTODO should; mend it, or export again");
+              "reminders: line 5: \"END:VCALENDAR\" stands where \"END:VTODO\" should; mend it, or export again");
     EXPECT_EQ(refusal(calendar("") + "END:VTODO\n"),
-              "reminders: line 4: END:VTODO has no BEGIN; remove it, or export again");
+              "reminders: line 4: \"END:VTODO\" has no BEGIN; remove it, or export again");
     EXPECT_EQ(refusal(calendar("") + "SUMMARY:a\n"),
               "reminders: line 4: the line stands outside the calendar; put it before END:VCALENDAR, or remove it");
+}
+
+TEST_F(TransferIcalendarRefusals, NamesOfComponentsAreMadeHarmlessForTheTerminal) {
+    EXPECT_EQ(refusal(calendar("BEGIN:V\xFF\x1B\nEND:VTODO\n")),
+              "reminders: line 4: \"END:VTODO\" stands where \"END:V\\xFF\\u001B\" should; mend it, or export again");
+    EXPECT_EQ(refusal(calendar("") + "END:\xFF\n"),
+              "reminders: line 4: \"END:\\xFF\" has no BEGIN; remove it, or export again");
 }
 
 TEST_F(TransferIcalendarRefusals, NulIsRefusedAtItsLine) {
@@ -77,7 +84,7 @@ TEST_F(TransferIcalendarRefusals, TitlesThatSayNothingAreRefused) {
     EXPECT_EQ(refusalOfTodo("DUE:20261121\nSUMMARY: \\n \n", ", \"\\u000A\""),
               "the title is empty; say what to be reminded of");
     EXPECT_EQ(refusalOfTodo("DUE:20261121\nSUMMARY:K\xE4se\n", ", \"K\\xE4se\""),
-              "the title is not UTF-8 text; convert the file to UTF-8");
+              "the title is not UTF-8 text; convert it to UTF-8");
 }
 
 TEST_F(TransferIcalendarRefusals, IdentifiersThatTheCloudWouldRefuseAreRefused) {
@@ -105,6 +112,10 @@ TEST_F(TransferIcalendarRefusals, TimesThatCannotBeReadAreRefusedAtTheirLine) {
     }
     EXPECT_EQ(refusalOfTodo("SUMMARY:b\nDUE:20261121\nCOMPLETED:x\n", ", \"b\""),
               "COMPLETED (line 10) cannot be read: \"x\"; write it as 20261121T180000, or with a Z in UTC");
+}
+
+TEST_F(TransferIcalendarRefusals, FoldedLinesCountAsTheLinesThatTheyAre) {
+    EXPECT_TRUE(refusalOfTodo("SUMMARY:b\n c\n d\nDUE:x\n", ", \"bcd\"").starts_with("DUE (line 11) cannot be read"));
 }
 
 TEST_F(TransferIcalendarRefusals, MomentsThatCannotBeMeantAreRefused) {

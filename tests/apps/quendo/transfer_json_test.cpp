@@ -168,6 +168,8 @@ TEST_F(TransferJson, WhatIsNoJsonIsRefusedAtItsPlace) {
 TEST_F(TransferJson, DeepNestingIsRefusedBeforeItCanExhaustTheProgram) {
     const std::string deep(1'000'000, '[');
     EXPECT_EQ(refusalOfEntry("{\"x\": " + deep), "its members are nested more than 32 deep; remove them");
+    EXPECT_EQ(refusalOfEntry("{\"x\": " + std::string(32, '[')),
+              "its members are nested more than 32 deep; remove them");
     const std::string justDeepEnough = std::string(31, '[') + std::string(31, ']');
     EXPECT_EQ(refusalOfEntry("{\"x\": " + justDeepEnough + "}"), "title is missing; add it");
 }
