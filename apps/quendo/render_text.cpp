@@ -1,15 +1,14 @@
 #include "apps/quendo/render_text.hpp"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cwchar>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include "apps/quendo/escaped_text.hpp"
 #include "apps/quendo/identifiers.hpp"
+#include "apps/quendo/text_table.hpp"
 #include "apps/quendo/when.hpp"
 #include "quendokit/options/options.hpp"
 #include "quendokit/store/quendokit_config.hpp"
@@ -42,44 +41,6 @@ std::string_view headingOf(const std::optional<ReminderList>& list) {
             return "Passed";
     }
     return "";
-}
-
-/// The terminal's columns that `text` takes; its bytes where it is no text of the locale.
-std::size_t widthOf(const std::string& text) {
-    std::size_t columns = 0;
-    std::mbstate_t state{};
-    for (std::size_t i = 0; i < text.size();) {
-        wchar_t character = 0;
-        const std::size_t length = std::mbrtowc(&character, text.data() + i, text.size() - i, &state);
-        const int width = length > 0 && length <= text.size() - i ? wcwidth(character) : -1;
-        if (width < 0) {
-            return text.size();
-        }
-        columns += static_cast<std::size_t>(width);
-        i += length;
-    }
-    return columns;
-}
-
-/// Rows of cells under each other, two blanks between them.
-std::vector<std::string> aligned(const std::vector<std::vector<std::string>>& rows) {
-    std::vector<std::size_t> widths;
-    for (const auto& row : rows) {
-        widths.resize(std::max(widths.size(), row.size()));
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            widths[i] = std::max(widths[i], widthOf(row[i]));
-        }
-    }
-    std::vector<std::string> lines;
-    for (const auto& row : rows) {
-        std::string line;
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            const bool last = i + 1 == row.size();
-            line += row[i] + (last ? "" : std::string(widths[i] - widthOf(row[i]) + 2, ' '));
-        }
-        lines.push_back(std::move(line));
-    }
-    return lines;
 }
 
 std::string timeOfDayText(std::int64_t time) {
@@ -159,6 +120,22 @@ std::string joined(const std::vector<std::string>& lines) {
     return fmt::format("{}", fmt::join(lines, "\n"));
 }
 
+/// A reminder's row in the listing.
+Row listed(const ReminderView& view, const std::string& identifier, const LocalTimeZone& zone, const Style& style) {
+    const bool gone = view.deleted || view.list == ReminderList::remaining;
+    const Emphasis emphasis = gone ? Emphasis::faint : Emphasis::none;
+    Row row{{escapedText(identifier), emphasis}};
+    std::string title = escapedText(view.title);
+    if (view.condition.date() && style.columns) {
+        row.push_back({moment(view, zone), emphasis});
+    } else if (view.condition.date()) {
+        // Scripts that cut lines apart find the title two blanks behind the moment, however long that is.
+        title = moment(view, zone) + "  " + title;
+    }
+    row.push_back({std::move(title), emphasis, view.deleted ? "  (deleted)" : ""});
+    return row;
+}
+
 }  // namespace
 
 std::string stored(const ReminderView& view, const LocalTimeZone& zone) {
@@ -176,26 +153,24 @@ std::string reminder(const ReminderView& view, const LocalTimeZone& zone) {
     });
 }
 
-std::string reminders(const std::vector<ReminderView>& views, const LocalTimeZone& zone) {
+std::string reminders(const std::vector<ReminderView>& views, const LocalTimeZone& zone, const Style& style) {
     if (views.empty()) {
         return "No reminders.";
     }
     const auto identifiers = shortIdentifiers(views);
-    const std::size_t width =
-        std::max_element(identifiers.begin(), identifiers.end(), [](const auto& a, const auto& b) {
-            return a.size() < b.size();
-        })->size();
-    std::vector<std::string> lines;
+    std::vector<Row> rows;
     for (std::size_t i = 0; i < views.size(); ++i) {
-        const ReminderView& view = views[i];
-        if (i == 0 || view.list != views[i - 1].list) {
-            lines.emplace_back(headingOf(view.list));
-        }
-        const std::string when = view.condition.date() ? moment(view, zone) + "  " : "";
-        lines.push_back(fmt::format("  {:<{}}  {}{}{}", escapedText(identifiers[i]), width, when,
-                                    escapedText(view.title), view.deleted ? "  (deleted)" : ""));
+        rows.push_back(listed(views[i], identifiers[i], zone, style));
     }
-    return joined(lines);
+    const auto lines = aligned(rows, style, 2);
+    std::vector<std::string> listing;
+    for (std::size_t i = 0; i < views.size(); ++i) {
+        if (i == 0 || views[i].list != views[i - 1].list) {
+            listing.push_back(style.marked(Emphasis::heading, std::string(headingOf(views[i].list))));
+        }
+        listing.push_back(lines[i]);
+    }
+    return joined(listing);
 }
 
 std::string deleted(const std::vector<ReminderView>& views) {
@@ -207,50 +182,55 @@ std::string deleted(const std::vector<ReminderView>& views) {
     return joined(lines);
 }
 
-std::string presets(const PresetsView& view, const LocalTimeZone& zone) {
-    std::vector<std::vector<std::string>> rows;
+std::string presets(const PresetsView& view, const LocalTimeZone& zone, const Style& style) {
+    std::vector<Row> rows;
     for (std::size_t index = 0; index < view.presets.size(); ++index) {
         const PresetView& each = view.presets[index];
         // Of the choices, one asks the person for its date.
         const bool asks = each.type == quendokit::PresetType::custom;
-        rows.push_back({fmt::format("{}", index), each.name,
-                        asks ? "the date that you give with --at" : conditionText(each.condition, zone)});
+        rows.push_back({{fmt::format("{}", index)},
+                        {each.name},
+                        {asks ? "the date that you give with --at" : conditionText(each.condition, zone),
+                         asks ? Emphasis::faint : Emphasis::none}});
     }
-    auto lines = aligned(rows);
+    auto lines = aligned(rows, style);
     if (view.from != view.now) {
-        lines.insert(lines.begin(), fmt::format("From {}:", whenText(view.from, zone)));
+        lines.insert(lines.begin(),
+                     style.marked(Emphasis::heading, fmt::format("From {}:", whenText(view.from, zone))));
     }
     return joined(lines);
 }
 
-std::string actions(const std::vector<ActionView>& views) {
-    std::vector<std::vector<std::string>> rows;
+std::string actions(const std::vector<ActionView>& views, const Style& style) {
+    std::vector<Row> rows;
     rows.reserve(views.size());
     for (const ActionView& view : views) {
         const std::string_view event = view.action.event();
-        rows.push_back({std::string(event.substr(event.find('_') + 1)), view.title});
+        rows.push_back({{std::string(event.substr(event.find('_') + 1))}, {view.title}});
     }
-    return joined(aligned(rows));
+    return joined(aligned(rows, style));
 }
 
-std::string options(const OptionsView& view) {
-    std::vector<std::vector<std::string>> rows;
+std::string options(const OptionsView& view, const Style& style) {
+    std::vector<Row> rows;
     for (const OptionKey key : allOptionKeys()) {
-        rows.push_back({std::string(nameOf(key)), valueText(key, view), labelOf(key)});
+        rows.push_back({{std::string(nameOf(key))}, {valueText(key, view)}, {labelOf(key), Emphasis::faint}});
     }
-    return joined(aligned(rows));
+    return joined(aligned(rows, style));
 }
 
 std::string option(OptionKey key, const OptionsView& view) {
     return valueText(key, view);
 }
 
-std::string findings(const std::vector<Finding>& findings) {
+std::string findings(const std::vector<Finding>& findings, const Style& style) {
     std::vector<std::string> lines;
     lines.reserve(findings.size());
     for (const Finding& finding : findings) {
-        lines.push_back(
-            fmt::format("{}  {:<10} {}", finding.ok ? "ok    " : "FAILED", finding.check, escapedText(finding.detail)));
+        const std::string verdict =
+            finding.ok ? style.marked(Emphasis::good, "ok") + "    " : style.marked(Emphasis::bad, "FAILED");
+        // Never cut: its end says what to do.
+        lines.push_back(fmt::format("{}  {:<10} {}", verdict, finding.check, escapedText(finding.detail)));
     }
     return joined(lines);
 }

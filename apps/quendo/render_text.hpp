@@ -1,6 +1,7 @@
 #pragma once
 /// \file
-/// Answers as plain sentences for a person. Each is whole lines without the last line break; titles are escaped.
+/// Answers as plain sentences for a person. Each is whole lines without the last line break; titles are escaped. What
+/// is a table or a list is laid out for where it goes, standard output when not said.
 
 #include <string>
 #include <vector>
@@ -10,19 +11,22 @@
 #include "apps/quendo/option_assignment.hpp"
 #include "apps/quendo/plan_view.hpp"
 #include "apps/quendo/reminder_view.hpp"
+#include "apps/quendo/terminal.hpp"
 
 namespace quendo::plain {
 
 [[nodiscard]] std::string stored(const ReminderView& view, const quendokit::LocalTimeZone& zone);
 [[nodiscard]] std::string reminder(const ReminderView& view, const quendokit::LocalTimeZone& zone);
-[[nodiscard]] std::string reminders(const std::vector<ReminderView>& views, const quendokit::LocalTimeZone& zone);
+[[nodiscard]] std::string reminders(const std::vector<ReminderView>& views, const quendokit::LocalTimeZone& zone,
+                                    const Style& style = standardOutputStyle());
 [[nodiscard]] std::string deleted(const std::vector<ReminderView>& views);
-[[nodiscard]] std::string presets(const PresetsView& view, const quendokit::LocalTimeZone& zone);
-[[nodiscard]] std::string actions(const std::vector<ActionView>& views);
-[[nodiscard]] std::string options(const OptionsView& view);
+[[nodiscard]] std::string presets(const PresetsView& view, const quendokit::LocalTimeZone& zone,
+                                  const Style& style = standardOutputStyle());
+[[nodiscard]] std::string actions(const std::vector<ActionView>& views, const Style& style = standardOutputStyle());
+[[nodiscard]] std::string options(const OptionsView& view, const Style& style = standardOutputStyle());
 /// One setting alone.
 [[nodiscard]] std::string option(OptionKey key, const OptionsView& view);
-[[nodiscard]] std::string findings(const std::vector<Finding>& findings);
+[[nodiscard]] std::string findings(const std::vector<Finding>& findings, const Style& style = standardOutputStyle());
 [[nodiscard]] std::string version();
 
 }  // namespace quendo::plain

@@ -21,4 +21,9 @@ struct ProgramResult {
 [[nodiscard]] ProgramResult runProgram(const std::vector<std::string>& words,
                                        const std::map<std::string, std::string>& environment = {});
 
+/// Runs `words` likewise, but with a terminal so wide as all three standard streams. All that it writes is `output`.
+[[nodiscard]] ProgramResult runProgramOnTerminal(const std::vector<std::string>& words,
+                                                 const std::map<std::string, std::string>& environment,
+                                                 unsigned short columns);
+
 }  // namespace quendokit::testing
