@@ -4,6 +4,7 @@
 #include "adapters/event_loop/system_clock.hpp"
 #include "apps/quendo/command_runner.hpp"
 #include "apps/quendo/escaped_text.hpp"
+#include "apps/quendo/progress_bar.hpp"
 #include "apps/quendo/render_changes.hpp"
 #include "apps/quendo/render_json.hpp"
 #include "apps/quendo/transfer/transfer_document.hpp"
@@ -42,7 +43,10 @@ Outcome<Output> CommandRunner::operator()(const ExportArguments& arguments) {
     if (!entries) {
         return entries.failure();
     }
-    std::string text = writeTransfer(entries.value(), format.value(), {*zone_, quendokit::SystemClock().now(), {}});
+    ProgressBar bar("Exporting", ProgressBar::standardError(quiet_));
+    std::string text =
+        writeTransfer(entries.value(), format.value(), {*zone_, quendokit::SystemClock().now(), bar.callback()});
+    bar.erase();
     if (!arguments.file || *arguments.file == "-") {
         text.pop_back();
         return Output{std::move(text), ExitCode::done, true};
@@ -73,7 +77,10 @@ Outcome<Output> CommandRunner::operator()(const ImportArguments& arguments) {
     if (!morning) {
         return morning.failure();
     }
-    auto document = readTransfer(text.value(), {transferFileName(arguments.file), *zone_, morning.value(), {}});
+    ProgressBar bar("Importing", ProgressBar::standardError(quiet_));
+    auto document =
+        readTransfer(text.value(), {transferFileName(arguments.file), *zone_, morning.value(), bar.callback()});
+    bar.erase();
     if (!document) {
         return document.failure();
     }
