@@ -159,6 +159,7 @@ std::string reminders(const std::vector<ReminderView>& views, const LocalTimeZon
     }
     const auto identifiers = shortIdentifiers(views);
     std::vector<Row> rows;
+    rows.reserve(views.size());
     for (std::size_t i = 0; i < views.size(); ++i) {
         rows.push_back(listed(views[i], identifiers[i], zone, style));
     }
