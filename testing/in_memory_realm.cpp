@@ -211,7 +211,7 @@ void InMemoryRealm::setValues(const ObjectSchema& schema, std::string_view prima
     for (const Assignment& assignment : assignments) {
         changed.setValue(schema.checkedIndexOf(assignment.property, typeOf(assignment.value)), assignment.value);
     }
-    if (!mayChange() || found == table.end() || !isStorable(schema, changed)) {
+    if (!mayChange() || !isStorable(schema, changed) || found == table.end()) {
         return;
     }
     keepState();

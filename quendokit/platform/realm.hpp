@@ -88,8 +88,8 @@ public:
     }
 
     /// Gives the stored object of this primary key new values for the named properties and leaves the others alone.
-    /// Nothing happens when there is no such object. Fatal outside `write`, or if a property is unknown or of another
-    /// type.
+    /// Nothing happens when there is no such object, but a value that cannot be stored makes the write fail all the
+    /// same. Fatal outside `write`, or if a property is unknown or of another type.
     template <RealmObject Object>
     void set(std::string_view primaryKey, std::initializer_list<Assignment> assignments) {
         setValues(Object::schema(), primaryKey, {assignments.begin(), assignments.size()});

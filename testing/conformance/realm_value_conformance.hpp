@@ -202,4 +202,11 @@ TEST_P(RealmConformance, ADateThatIsNotFiniteFailsTheWholeWrite) {
     }
 }
 
+TEST_P(RealmConformance, ADateThatIsNotFiniteFailsTheWriteForAMissingObjectToo) {
+    const auto set = realm->write(
+        [&] { realm->set<Specimen>("missing", {{"_moment", Date(std::numeric_limits<double>::infinity())}}); });
+    EXPECT_TRUE(set && isRealmError(*set, RealmErrorCode::invalidValue));
+    EXPECT_TRUE(all().empty());
+}
+
 }  // namespace quendokit::testing

@@ -11,8 +11,9 @@ namespace quendokit::testing {
 /// An empty folder (0700) of its own for one test.
 class TemporaryFolder {
 public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "quendokit-XXXXXX").string();
+    TemporaryFolder() : TemporaryFolder(std::filesystem::temp_directory_path()) {}
+    explicit TemporaryFolder(const std::filesystem::path& parent) {
+        std::string name = (parent / "quendokit-XXXXXX").string();
         path_ = mkdtemp(name.data());
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
