@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,7 +17,7 @@
 #include "apps/quendo/session.hpp"
 #include "apps/quendo/transfer/transfer_document.hpp"
 #include "apps/quendo/transfer/transfer_file.hpp"
-#include "bench/raw_store.hpp"
+#include "bench/store_files.hpp"
 #include "quendokit/platform/uuid.hpp"
 
 namespace quendokit::bench {
@@ -27,14 +26,6 @@ namespace {
 namespace fs = std::filesystem;
 using quendo::Session;
 using quendo::TransferEntry;
-
-fs::path workFolder() {
-    static const fs::path folder = [] {
-        std::string name = (fs::temp_directory_path() / "quendokit-bench-XXXXXX").string();
-        return fs::path(mkdtemp(name.data()));
-    }();
-    return folder;
-}
 
 template <typename Value>
 Value valueOf(quendo::Outcome<Value> outcome) {
@@ -166,7 +157,6 @@ int main(int argc, char** argv) {
         return 1;
     }
     benchmark::RunSpecifiedBenchmarks();
-    std::error_code ignored;
-    std::filesystem::remove_all(quendokit::bench::workFolder(), ignored);
+    quendokit::bench::removeWorkFolder();
     return 0;
 }

@@ -79,10 +79,9 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
     return session;
 }
 
-Session::Session(LockFile lock, const Folders& folders, std::shared_ptr<Record> record,
-                 quendokit::platform::Services services)
+Session::Session(LockFile lock, Folders folders, std::shared_ptr<Record> record, quendokit::platform::Services services)
     : lock_(std::move(lock)),
-      folders_(folders),
+      folders_(std::move(folders)),
       record_(std::move(record)),
       services_(std::move(services)),
       scheduler_(std::make_shared<NotingScheduler>()) {}

@@ -38,8 +38,7 @@ private:
     struct Record;
     class NotingScheduler;
 
-    Session(LockFile lock, const Folders& folders, std::shared_ptr<Record> record,
-            quendokit::platform::Services services);
+    Session(LockFile lock, Folders folders, std::shared_ptr<Record> record, quendokit::platform::Services services);
 
     // session_reminders.cpp
     [[nodiscard]] Outcome<ReminderView> perform(const AddRequest& request);

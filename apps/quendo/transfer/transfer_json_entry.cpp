@@ -74,7 +74,7 @@ private:
         }
         if (*typeName != "device") {
             refused(
-                fmt::format("condition.type {} is unknown; write \"dateTime\" or \"device\"", quotedText(*typeName)));
+                fmt::format(R"(condition.type {} is unknown; write "dateTime" or "device")", quotedText(*typeName)));
             return std::nullopt;
         }
         const auto* device = required(value, "device", "condition.");
