@@ -99,7 +99,8 @@ TEST_F(SQLiteFile, ANewFileSaysWhatItIs) {
     EXPECT_EQ(querySQL(world_.file,
                        "SELECT group_concat(name) FROM (SELECT name FROM sqlite_schema WHERE type = 'index' "
                        "AND sql IS NOT NULL ORDER BY name)"),
-              "ReminderItem_by_moment,ReminderItem_seen_at_device,ReminderItem_waiting_at_mac");
+              "ReminderItem_by_moment,ReminderItem_seen_at_device,ReminderItem_unseen_at_device,ReminderItem_unsent,"
+              "ReminderItem_waiting_at_mac");
 }
 
 TEST_F(SQLiteFile, WritesAreSyncedInFullAndLargeCellsAreChecked) {
@@ -233,7 +234,9 @@ TEST_F(SQLiteFile, AMissingTableIsDamage) {
 
 TEST_F(SQLiteFile, AMissingColumnIsDamage) {
     makeFile();
-    ASSERT_TRUE(runSQL(world_.file, "DROP INDEX ReminderItem_by_moment; ALTER TABLE ReminderItem DROP COLUMN pending"));
+    ASSERT_TRUE(runSQL(world_.file,
+                       "DROP INDEX ReminderItem_by_moment; DROP INDEX ReminderItem_unsent; "
+                       "ALTER TABLE ReminderItem DROP COLUMN pending"));
     expectDamaged("no column pending");
 }
 
