@@ -25,4 +25,7 @@ public:
 /// The process's standard output, flushed after each line.
 [[nodiscard]] QUENDOKIT_EXPORT std::shared_ptr<LineSink> makeStandardOutputSink();
 
+/// The process's standard error.
+[[nodiscard]] QUENDOKIT_EXPORT std::shared_ptr<LineSink> makeStandardErrorSink();
+
 }  // namespace quendokit

@@ -5,10 +5,12 @@
 
 #include "quendokit/platform/bundle.hpp"
 #include "quendokit/platform/calendar.hpp"
+#include "quendokit/platform/ck_database.hpp"
 #include "quendokit/platform/dispatch_queue.hpp"
 #include "quendokit/platform/fatal_error.hpp"
 #include "quendokit/platform/locale.hpp"
 #include "quendokit/platform/notification_center.hpp"
+#include "quendokit/platform/ns_log.hpp"
 #include "quendokit/platform/run_loop.hpp"
 #include "quendokit/platform/ubiquitous_key_value_store.hpp"
 #include "quendokit/platform/user_defaults.hpp"
@@ -101,6 +103,19 @@ RunLoop& RunLoop::main() {
 
 RunLoop& RunLoop::current() {
     return platform::present(platform::services().runLoopProvider, "runLoopProvider").current();
+}
+
+std::shared_ptr<CKDatabase> CKContainer::privateCloudDatabase() const {
+    auto database = platform::present(platform::services().containerProvider, "containerProvider")
+                        .privateCloudDatabase(identifier_);
+    if (!database) {
+        fatalError("there is no private database for the container " + identifier_);
+    }
+    return database;
+}
+
+void NSLog(std::string_view line) {
+    platform::present(platform::services().systemLog, "systemLog").writeLine(line);
 }
 
 DispatchQueue& DispatchQueue::main() {

@@ -14,6 +14,7 @@ namespace quendokit {
 
 class BundleProvider;
 class Calendar;
+class CKContainerProvider;
 class DispatchQueue;
 class Locale;
 class NotificationCenter;
@@ -49,6 +50,10 @@ struct Services {
     std::shared_ptr<DispatchQueue> mainQueue;
     /// Opens object databases.
     std::shared_ptr<RealmProvider> realmProvider;
+    /// Finds the person's database in the cloud.
+    std::shared_ptr<CKContainerProvider> containerProvider;
+    /// The system's log.
+    std::shared_ptr<LineSink> systemLog = makeStandardErrorSink();
     /// Where the engine prints its lines. A program whose own answer goes to standard output installs another one.
     std::shared_ptr<LineSink> standardOutput = makeStandardOutputSink();
     /// Absent when `makeUUID` shall draw random ones. Called on any thread.
