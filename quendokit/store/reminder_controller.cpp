@@ -8,6 +8,7 @@
 #include "quendokit/platform/results.hpp"
 #include "quendokit/platform/services.hpp"
 #include "quendokit/store/reminder_controller_internal.hpp"
+#include "quendokit/sync/reminder_sync_manager.hpp"
 
 namespace quendokit {
 
@@ -19,8 +20,12 @@ std::shared_ptr<ReminderController> ReminderController::create(
     if (!realm) {
         fatalError("ReminderController::create needs an open realm");
     }
-    return std::make_shared<ReminderController>(PrivateTag(), std::move(scheduler), std::move(realm), delegate,
-                                                std::move(syncManager));
+    auto controller = std::make_shared<ReminderController>(PrivateTag(), std::move(scheduler), std::move(realm),
+                                                           delegate, std::move(syncManager));
+    if (controller->syncManager_) {
+        controller->syncManager_->setReminderStore(controller);
+    }
+    return controller;
 }
 
 ReminderController::ReminderController(PrivateTag, std::shared_ptr<Scheduler> scheduler, std::shared_ptr<Realm> realm,
@@ -52,6 +57,7 @@ void ReminderController::store(const ReminderStruct& reminder) {
     }
     Internal::schedule(*this, item);
     tellAdded();
+    requireSync();
 }
 
 std::optional<ReminderStruct> ReminderController::reminder(std::string_view id) const {
@@ -107,6 +113,7 @@ void ReminderController::delete_(const ReminderStruct& reminder) {
         scheduler_->cancel(reminder);
     }
     Internal::softDelete(*this, *item);
+    requireSync();
     tellRemoved();
 }
 
@@ -119,6 +126,12 @@ void ReminderController::tellAdded() {
 void ReminderController::tellRemoved() {
     if (const auto delegate = delegate_.lock()) {
         delegate->reminderControllerDidRemoveReminder(*this);
+    }
+}
+
+void ReminderController::requireSync() {
+    if (syncManager_) {
+        syncManager_->requireSync();
     }
 }
 

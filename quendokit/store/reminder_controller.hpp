@@ -42,7 +42,8 @@ class QUENDOKIT_EXPORT ReminderController final : public ReminderStore,
 
 public:
     /// `realm` was opened with `QuendoKitConfig()`. Scheduler, delegate and sync manager may be null: nobody is asked
-    /// or told then. Fatal if `realm` is null.
+    /// or told then. The controller becomes the sync manager's store, which starts a download at once. Fatal if `realm`
+    /// is null.
     [[nodiscard]] static std::shared_ptr<ReminderController> create(
         std::shared_ptr<Scheduler> scheduler, std::shared_ptr<Realm> realm,
         const std::shared_ptr<ReminderControllerDelegate>& delegate = nullptr,
@@ -55,8 +56,8 @@ public:
 
     /// Stores a new reminder under a fresh id, or replaces the one of the same id. In this order: inside one write, the
     /// old record's notification is cancelled, a line is printed and the record added; then the notification is
-    /// scheduled and the delegate told. A reminder that was deleted, but whose deletion the cloud has not confirmed, is
-    /// left as it is; the rest happens all the same. After a failed write nothing more happens.
+    /// scheduled, the delegate told and a sync required. A reminder that was deleted, but whose deletion the cloud has
+    /// not confirmed, is left as it is; the rest happens all the same. After a failed write nothing more happens.
     ///
     /// A reminder with an id does not count as changed here: storing it does not by itself carry it to the person's
     /// other devices.
@@ -74,22 +75,24 @@ public:
     [[nodiscard]] bool hasReminders() const;
 
     /// Deletes the stored reminder of the same id: cancels `reminder`'s notification, marks the record deleted (which
-    /// cancels once more), then tells the delegate, even if the write failed. Nothing happens when `reminder` has no id
-    /// or is not stored. The record goes away when the cloud has confirmed the deletion.
+    /// cancels once more), requires a sync, then tells the delegate, even if the write failed. Nothing happens when
+    /// `reminder` has no id or is not stored. The record goes away when the cloud has confirmed the deletion.
     void delete_(const ReminderStruct& reminder);
 
     /// Gives the stored reminder of the same id another condition. In this order: its notification is cancelled, the
     /// delegate is told of a removal, the change is written, the notification is scheduled and the delegate told of an
-    /// addition; the last two even if the write failed, with what is stored then. `shown` stays: a reminder that was
-    /// shown and now waits for the Mac is passed, not mac. Nothing happens when `reminder` has no id or is not stored.
+    /// addition, and a sync is required; the last three even if the write failed, with what is stored then. `shown`
+    /// stays: a reminder that was shown and now waits for the Mac is passed, not mac. Nothing happens when `reminder`
+    /// has no id or is not stored.
     void postpone(const ReminderStruct& reminder, const ReminderCondition& condition);
 
-    /// Marks the device reminders that were not shown yet. Neither scheduler nor delegate are told.
+    /// Marks the device reminders that were not shown yet, then requires a sync. Neither scheduler nor delegate are
+    /// told.
     void markSeen();
 
     /// Marks each of `reminders`, as it is given: it replaces what is stored under its id, a deleted reminder too; one
-    /// without an id is stored under a fresh one. Read them right before, so that nothing newer is replaced. Neither
-    /// scheduler nor delegate are told.
+    /// without an id is stored under a fresh one. Read them right before, so that nothing newer is replaced. Then a
+    /// sync is required. Neither scheduler nor delegate are told.
     void markSeen(const std::vector<ReminderStruct>& reminders);
 
     /// What `reminders(false)` counts, and records that are no reminders with it. The argument changes nothing:
@@ -98,7 +101,7 @@ public:
 
     /// Stores many in one write, as `store(reminder)` does one, but replaces deleted ones, too, and cancels nothing.
     /// Then, for each in turn, the notification is scheduled, of one without an id without the id that it got, and the
-    /// delegate told. After a failed write nothing more happens.
+    /// delegate told. No sync is required. After a failed write nothing more happens.
     void store(const std::vector<ReminderStruct>& reminders);
     /// Braces around one reminder are a list of one.
     void store(std::initializer_list<ReminderStruct> reminders) { store(std::vector<ReminderStruct>(reminders)); }
@@ -128,6 +131,7 @@ private:
 
     void tellAdded();
     void tellRemoved();
+    void requireSync();
 
     const std::shared_ptr<Scheduler> scheduler_;
     const std::shared_ptr<Realm> realm_;

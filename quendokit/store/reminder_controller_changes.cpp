@@ -62,17 +62,20 @@ void ReminderController::postpone(const ReminderStruct& reminder, const Reminder
         Internal::schedule(*this, *current);
     }
     tellAdded();
+    requireSync();
 }
 
 void ReminderController::markSeen() {
     // A failed write is dropped: they stay unseen.
     static_cast<void>(realm_->write([&] { addSeen(*realm_, Internal::unseenReminders(*this)); }));
+    requireSync();
 }
 
 void ReminderController::markSeen(const std::vector<ReminderStruct>& reminders) {
     const auto items = itemsOf(reminders);
     // A failed write is dropped: they stay unseen.
     static_cast<void>(realm_->write([&] { addSeen(*realm_, items); }));
+    requireSync();
 }
 
 ReminderStats ReminderController::reminderStats(bool /*includingDeleted*/) const {
