@@ -16,8 +16,8 @@ namespace quendokit {
 class IntentJournal;
 class ReminderController;
 
-/// Makes such a change whole: each of its steps is a write of its own, and what a crash or a failed write leaves between
-/// them is finished before the next change.
+/// Makes such a change whole: each of its steps is a write of its own, and what a crash or a failed write leaves
+/// between them is finished before the next change.
 ///
 /// Shares controller and journal. Without a journal (null) the same steps are done unprotected. Main thread only. The
 /// errors' domain is "TwoStepChanges", or the journal's; the database tells its own in its own way.
@@ -33,9 +33,9 @@ public:
 
     TwoStepChanges(std::shared_ptr<ReminderController> controller, std::shared_ptr<IntentJournal> journal);
 
-    /// Finishes what an earlier process, or a failed write of this one, left half done. Call it before every other change
-    /// of reminders, and leave that change when this fails: finished later, the old one would undo it. Touches no disk
-    /// when nothing is left.
+    /// Finishes what an earlier process, or a failed write of this one, left half done. Call it before every other
+    /// change of reminders, and leave that change when this fails: finished later, the old one would undo it. Touches
+    /// no disk when nothing is left.
     [[nodiscard]] std::optional<Error> finishLeftovers();
 
     /// Gives the stored reminder of the same id this title, `shown` and condition, so that the change travels to the
