@@ -16,19 +16,22 @@ using Internal = ReminderControllerInternal;
 Error errorOf(TwoStepChanges::ErrorCode code) {
     const bool half = code == TwoStepChanges::ErrorCode::halfDone;
     return {TwoStepChanges::errorDomain, static_cast<int>(code),
-            half ? "the change is half done; the next start finishes it" : "nothing was changed"};
+            half ? "the change is half done; it is finished before the next one" : "nothing was changed"};
 }
 
 }  // namespace
 
 TwoStepChanges::TwoStepChanges(std::shared_ptr<ReminderController> controller, std::shared_ptr<IntentJournal> journal)
-    : controller_(std::move(controller)), journal_(std::move(journal)) {}
+    : controller_(std::move(controller)),
+      journal_(std::move(journal)),
+      unfinished_(journal_ ? journal_->leftovers() : std::vector<std::string>()),
+      isNoted_(!unfinished_.empty()) {}
 
 std::optional<Error> TwoStepChanges::finishLeftovers() {
-    if (!journal_ || journal_->leftovers().empty()) {
+    if (!isNoted_) {
         return std::nullopt;
     }
-    for (const std::string& line : journal_->leftovers()) {
+    for (const std::string& line : unfinished_) {
         // A line of another version is none that this one may act on.
         if (const auto intent = Intent::fromLine(line)) {
             if (auto error = perform(*intent)) {
@@ -36,7 +39,8 @@ std::optional<Error> TwoStepChanges::finishLeftovers() {
             }
         }
     }
-    return journal_->settle();
+    unfinished_.clear();
+    return settle();
 }
 
 std::optional<Error> TwoStepChanges::edit(const ReminderStruct& reminder) {
@@ -59,16 +63,28 @@ std::optional<Error> TwoStepChanges::begin(const Intent& intent) {
     if (!journal_) {
         return perform(intent);
     }
-    if (auto error = journal_->note(intent.line())) {
+    if (auto error = finishLeftovers()) {
+        return error;
+    }
+    const std::string line = intent.line();
+    isNoted_ = true;
+    if (auto error = journal_->note(line)) {
         return error;
     }
     auto error = perform(intent);
     if (error && error->code == static_cast<int>(ErrorCode::halfDone)) {
+        unfinished_.push_back(line);
         return error;
     }
     // What did not happen at all is not to happen later either: the person was told that it failed.
-    auto unsettled = journal_->settle();
+    auto unsettled = settle();
     return error ? error : unsettled;
+}
+
+std::optional<Error> TwoStepChanges::settle() {
+    auto error = journal_->settle();
+    isNoted_ = error.has_value();
+    return error;
 }
 
 std::optional<Error> TwoStepChanges::perform(const Intent& intent) {

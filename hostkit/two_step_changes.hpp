@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "quendokit/model/reminder_struct.hpp"
 #include "quendokit/platform/error.hpp"
@@ -15,8 +16,8 @@ namespace quendokit {
 class IntentJournal;
 class ReminderController;
 
-/// Makes such a change whole: each of its steps is a write of its own, and what a crash leaves between them is finished
-/// at the next start.
+/// Makes such a change whole: each of its steps is a write of its own, and what a crash or a failed write leaves
+/// between them is finished before the next change.
 ///
 /// Shares controller and journal. Without a journal (null) the same steps are done unprotected. Main thread only. The
 /// errors' domain is "TwoStepChanges", or the journal's; the database tells its own in its own way.
@@ -25,14 +26,16 @@ public:
     enum class ErrorCode {
         /// The first step failed: nothing changed.
         notDone = 1,
-        /// A later step failed: the next start finishes it, if there is a journal.
+        /// A later step failed: `finishLeftovers()` finishes it, after a restart too, if there is a journal.
         halfDone = 2,
     };
     static constexpr const char* errorDomain = "TwoStepChanges";
 
     TwoStepChanges(std::shared_ptr<ReminderController> controller, std::shared_ptr<IntentJournal> journal);
 
-    /// Finishes what an earlier process left. Call it before any other change.
+    /// Finishes what an earlier process, or a failed write of this one, left half done. Call it before every other
+    /// change of reminders, and leave that change when this fails: finished later, the old one would undo it. Touches
+    /// no disk when nothing is left.
     [[nodiscard]] std::optional<Error> finishLeftovers();
 
     /// Gives the stored reminder of the same id this title, `shown` and condition, so that the change travels to the
@@ -51,11 +54,16 @@ private:
 
     [[nodiscard]] std::optional<Error> begin(const Intent& intent);
     [[nodiscard]] std::optional<Error> perform(const Intent& intent);
+    [[nodiscard]] std::optional<Error> settle();
     /// Stores `reminder` under its id and makes it count as changed.
     [[nodiscard]] std::optional<Error> storeAsChanged(const ReminderStruct& reminder);
 
     const std::shared_ptr<ReminderController> controller_;
     const std::shared_ptr<IntentJournal> journal_;
+    /// The lines that are still to be finished.
+    std::vector<std::string> unfinished_;
+    /// Whether the journal may hold anything.
+    bool isNoted_;
 };
 
 }  // namespace quendokit

@@ -114,6 +114,25 @@ std::optional<Failure> Session::openToRead() {
     if (controller_) {
         return std::nullopt;
     }
+    if (auto failure = openDatabase()) {
+        return failure;
+    }
+    if (const auto failure = finishLeftovers()) {
+        warn_(failure->line);
+    }
+    return std::nullopt;
+}
+
+std::optional<Failure> Session::openToChange() {
+    if (!controller_) {
+        if (auto failure = openDatabase()) {
+            return failure;
+        }
+    }
+    return finishLeftovers();
+}
+
+std::optional<Failure> Session::openDatabase() {
     auto realm = quendokit::Realm::open(quendokit::QuendoKitConfig());
     if (!realm) {
         return failureOf(realm.error());
@@ -125,19 +144,15 @@ std::optional<Failure> Session::openToRead() {
     realm_ = std::move(realm).value();
     controller_ = quendokit::ReminderController::create(scheduler_, realm_, nullptr, nullptr);
     twoSteps_ = std::make_unique<quendokit::TwoStepChanges>(controller_, std::move(journal).value());
-    if (auto failure = takeFailure(twoSteps_->finishLeftovers())) {
-        failure->line = "an earlier change could not be finished: " + failure->line;
-        warn_(failure->line);
-        leftover_ = std::move(failure);
-    }
     return std::nullopt;
 }
 
-std::optional<Failure> Session::openToChange() {
-    if (auto failure = openToRead()) {
-        return failure;
+std::optional<Failure> Session::finishLeftovers() {
+    auto failure = takeFailure(twoSteps_->finishLeftovers());
+    if (failure) {
+        failure->line = "an earlier change could not be finished: " + failure->line;
     }
-    return leftover_;
+    return failure;
 }
 
 std::optional<Failure> Session::takeFailure() {

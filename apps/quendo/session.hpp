@@ -61,11 +61,14 @@ private:
     [[nodiscard]] Outcome<std::vector<TransferEntry>> perform(const ExportRequest& request);
     [[nodiscard]] Outcome<ImportAnswer> perform(const ImportRequest& request);
 
-    /// Opens the database if it is not open, and finishes what an earlier session left half done; warns when that
+    /// Opens the database if it is not open, and then finishes what an earlier session left half done; warns when that
     /// fails.
     [[nodiscard]] std::optional<Failure> openToRead();
-    /// The same, and fails when something is left half done: finished later, it would undo newer changes.
+    /// Opens the database if it is not open, and finishes what any earlier change left half done; fails when that
+    /// fails: finished later, it would undo newer changes.
     [[nodiscard]] std::optional<Failure> openToChange();
+    [[nodiscard]] std::optional<Failure> openDatabase();
+    [[nodiscard]] std::optional<Failure> finishLeftovers();
 
     /// What went wrong with the files since the last call; the engine itself reports no errors.
     [[nodiscard]] std::optional<Failure> takeFailure();
@@ -95,8 +98,6 @@ private:
     std::shared_ptr<quendokit::Realm> realm_;
     std::shared_ptr<quendokit::ReminderController> controller_;
     std::unique_ptr<quendokit::TwoStepChanges> twoSteps_;
-    /// Why something is left half done; absent when nothing is.
-    std::optional<Failure> leftover_;
 };
 
 /// The request's own answer.

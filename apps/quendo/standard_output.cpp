@@ -18,6 +18,7 @@ void prepareStandardStreams() {
         close(descriptor);
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 std::optional<Failure> writeStandardOutput(std::string_view text) {

@@ -10,7 +10,7 @@
 namespace quendo {
 
 /// Opens /dev/null for each of the three standard descriptors that is closed, so that no file of ours takes its number;
-/// lets a closed pipe be an error of the write instead of the process's end.
+/// lets a closed pipe, and a file that may grow no more, be an error of the write instead of the process's end.
 void prepareStandardStreams();
 
 /// Writes the whole text. A reader that has gone away is no failure.

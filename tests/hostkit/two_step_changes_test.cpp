@@ -127,6 +127,45 @@ TEST_P(EditingInTwoSteps, WhoseSecondStepFailsIsFinishedByTheNextStart) {
     expectNothingLeft();
 }
 
+TEST_P(EditingInTwoSteps, WhoseSecondStepFailsIsFinishedBeforeTheNextEdit) {
+    put({datedItem("a", after(60)), datedItem("b", after(60))});
+    TwoStepChanges two = changes();
+    delegate->onRemove([&] { realm->failNextWrite(FailAt::begin); });
+    EXPECT_TRUE(two.edit(ReminderStruct("a", "first", false, at(after(600)))));
+    delegate->onRemove(nullptr);
+    EXPECT_FALSE(two.edit(ReminderStruct("b", "second", false, at(after(600)))));
+    EXPECT_EQ(ids(controller->remindersToUpload().value()), (Lines{"a", "b"}));
+    expectNothingLeft();
+}
+
+TEST_P(EditingInTwoSteps, WhoseSecondStepFailsUndoesNoNewerChangeOnceItIsFinished) {
+    put({datedItem("a", after(60)), datedItem("b", after(60))});
+    TwoStepChanges two = changes();
+    const auto editHalf = [&](const char* id) {
+        delegate->onRemove([&] { realm->failNextWrite(FailAt::begin); });
+        EXPECT_TRUE(two.edit(ReminderStruct(id, "new", false, at(after(600)))));
+        delegate->onRemove(nullptr);
+    };
+    editHalf("a");
+    EXPECT_FALSE(two.finishLeftovers());
+    controller->postpone(*controller->reminder("a"), at(after(900)));
+    editHalf("b");
+    EXPECT_FALSE(two.finishLeftovers());
+    EXPECT_FALSE(changes().finishLeftovers());
+    EXPECT_EQ(controller->reminder("a")->condition(), at(after(900)));
+    EXPECT_TRUE(stored()[1].pending);
+}
+
+TEST_P(EditingInTwoSteps, WaitsForAnEarlierChangeThatCannotBeFinished) {
+    put({datedItem("a", after(60)), datedItem("b", after(60))});
+    TwoStepChanges two = changes();
+    delegate->onRemove([&] { realm->failNextWrite(FailAt::begin); });
+    EXPECT_TRUE(two.edit(ReminderStruct("a", "first", false, at(after(600)))));
+    EXPECT_TRUE(two.edit(ReminderStruct("b", "second", false, at(after(600)))));
+    EXPECT_EQ(stored()[1].title, "b");
+    EXPECT_EQ(open()->leftovers().size(), 1U);
+}
+
 TEST_P(EditingInTwoSteps, WithoutAJournalTakesTheSameSteps) {
     put({datedItem("a", after(60))});
     TwoStepChanges unprotected(controller, nullptr);

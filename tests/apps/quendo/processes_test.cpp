@@ -7,12 +7,14 @@
 #include <random>
 #include <set>
 #include <signal.h>
+#include <sqlite3.h>
 #include <thread>
 #include <unistd.h>
 
 #include <sys/file.h>
 #include <sys/wait.h>
 
+#include "hostkit/intent_journal.hpp"
 #include "tests/apps/quendo/program_fixture.hpp"
 
 namespace quendo::testing {
@@ -66,6 +68,27 @@ TEST_F(QuendoProcesses, ADatabaseThatAnotherProgramWritesIsWaitedFor) {
     EXPECT_EQ(run({"add", "y", "--mac"}).code, 0);
     other.join();
     EXPECT_EQ(answer({"list"}).size(), 2U);
+}
+
+TEST_F(QuendoProcesses, NothingIsChangedWhileAnEarlierChangeCannotBeFinished) {
+    const std::string id = add("Milk");
+    {
+        auto journal = quendokit::IntentJournal::open(home_ / "quendo.journal");
+        ASSERT_TRUE(journal);
+        ASSERT_FALSE(journal.value()->note(
+            nlohmann::json{{"id", id}, {"title", "Oat milk"}, {"shown", false}, {"device", 1}}.dump()));
+    }
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(database_.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    expectRefusal({"delete", id}, 3, "an earlier change could not be finished");
+    const ProgramResult list = run({"list"});
+    EXPECT_EQ(list.code, 0);
+    EXPECT_NE(list.output.find("Milk"), std::string::npos);
+    expectOneLine(list.errors, "an earlier change could not be finished");
+    sqlite3_close(other);
+    EXPECT_EQ(answer({"list"})[0]["title"], "Oat milk");
+    EXPECT_EQ(answer({"delete", id}).size(), 1U);
 }
 
 TEST_F(QuendoProcesses, TenAtATimeAreAllServed) {

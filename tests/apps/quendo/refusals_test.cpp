@@ -244,6 +244,14 @@ TEST_F(QuendoRefusals, AFullDisk) {
     EXPECT_NE(result.errors.find("the disk is full"), std::string::npos) << result.errors;
 }
 
+TEST_F(QuendoRefusals, FilesThatMayNotGrow) {
+    add("kept");
+    const ProgramResult result = quendokit::testing::runProgram(
+        {"sh", "-c", "ulimit -f 0; exec '" QUENDO_PROGRAM "' add lost --mac"}, environment_);
+    expectRefused(result, 1, "File too large");
+    EXPECT_EQ(answer({"list"}).size(), 1U);
+}
+
 TEST_F(QuendoRefusals, AReaderThatHasGoneIsNoError) {
     add("x");
     const ProgramResult gone = quendokit::testing::runProgram(
