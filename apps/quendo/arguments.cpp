@@ -25,8 +25,8 @@ struct Commands {
     ClearArguments clear;
     PresetsArguments presets;
     OptionsArguments options;
-    ExportArguments export_;
-    ImportArguments import_;
+    ExportArguments exporting;
+    ImportArguments importing;
 };
 
 /// CLI11 takes an empty answer for a yes.
@@ -129,14 +129,14 @@ void describe(CLI::App& app, Commands& commands, Arguments& parsed) {
     addCommand<ActionsArguments>(app, "actions", "say which buttons a notification may have", parsed);
     describeOptions(app, commands, parsed);
 
-    auto* exporting = addCommand(app, "export", "write all reminders to a file", parsed, commands.export_);
-    exporting->add_option("FILE", commands.export_.file, "where to; standard output when not given");
+    auto* exporting = addCommand(app, "export", "write all reminders to a file", parsed, commands.exporting);
+    exporting->add_option("FILE", commands.exporting.file, "where to; standard output when not given");
     exporting
-        ->add_option("--format", commands.export_.format,
+        ->add_option("--format", commands.exporting.format,
                      "json, or ics for iCalendar; when not given, ics for a FILE that ends so, else json")
         ->type_name("FORMAT");
-    auto* importing = addCommand(app, "import", "store the reminders of a file", parsed, commands.import_);
-    importing->add_option("FILE", commands.import_.file, "JSON or iCalendar; - for standard input")->required();
+    auto* importing = addCommand(app, "import", "store the reminders of a file", parsed, commands.importing);
+    importing->add_option("FILE", commands.importing.file, "JSON or iCalendar; - for standard input")->required();
 
     addCommand<VersionArguments>(app, "version", "say which version this is", parsed);
     addCommand<DoctorArguments>(app, "doctor", "check files, permissions, schema, settings and time zone", parsed);

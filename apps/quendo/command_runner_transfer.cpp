@@ -9,6 +9,7 @@
 #include "apps/quendo/render_json.hpp"
 #include "apps/quendo/transfer/transfer_document.hpp"
 #include "apps/quendo/transfer/transfer_file.hpp"
+#include "apps/quendo/transfer/transfer_rules.hpp"
 
 namespace quendo {
 namespace {
@@ -28,6 +29,18 @@ Outcome<TransferFormat> formatOf(const ExportArguments& arguments) {
                    "there is no format \"" + escapedText(*arguments.format, 80) + "\"; give json or ics"};
 }
 
+/// Why an entry could not be imported again. What another program or version stored may be odder than what we take.
+TransferProblem problemOf(const TransferEntry& entry) {
+    auto problem = problemOfTitle(entry.title);
+    if (!problem && entry.id) {
+        problem = problemOfIdentifier(*entry.id);
+    }
+    if (const auto date = entry.condition.date(); !problem && date) {
+        problem = problemOfMoment("the moment", *date);
+    }
+    return problem;
+}
+
 }  // namespace
 
 Outcome<Output> CommandRunner::operator()(const ExportArguments& arguments) {
@@ -42,6 +55,12 @@ Outcome<Output> CommandRunner::operator()(const ExportArguments& arguments) {
     auto entries = quendo::ask(*session.value(), ExportRequest());
     if (!entries) {
         return entries.failure();
+    }
+    for (const TransferEntry& entry : entries.value()) {
+        if (const auto problem = problemOf(entry)) {
+            warn("\"" + escapedText(entry.title, 60) + "\" (" + escapedText(entry.id.value_or(""), 60) +
+                 ") could not be imported again: " + *problem);
+        }
     }
     ProgressBar bar("Exporting", ProgressBar::standardError(quiet_));
     std::string text =

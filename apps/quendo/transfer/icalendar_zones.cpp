@@ -121,9 +121,12 @@ public:
             return;
         }
         Zone zone(icaltimezone_new());
-        if (icaltimezone_set_component(zone.get(), component.get()) != 0) {
-            component.release();
+        // A zone that takes the component owns it.
+        icalcomponent* const given = component.release();
+        if (icaltimezone_set_component(zone.get(), given) != 0) {
             zone_ = std::move(zone);
+        } else {
+            component.reset(given);
         }
     }
 

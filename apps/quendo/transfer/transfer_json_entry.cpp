@@ -157,10 +157,11 @@ private:
     }
 
     bool refused(TransferProblem problem) {
-        if (problem) {
-            problem_ = *std::move(problem);
+        if (!problem) {
+            return false;
         }
-        return problem.has_value();
+        problem_ = *std::move(problem);
+        return true;
     }
 
     const quendokit::LocalTimeZone& zone_;

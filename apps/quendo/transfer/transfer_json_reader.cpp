@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <memory>
 #include <utility>
 
 #include <fmt/format.h>
@@ -202,10 +203,11 @@ private:
 }  // namespace
 
 Outcome<TransferDocument> readJson(std::string_view text, const TransferReading& reading) {
-    const char* furthest = text.data();
+    const char* const begin = std::to_address(text.begin());
+    const char* const end = std::to_address(text.end());
+    const char* furthest = begin;
     EntryCollector collector(text, reading, furthest);
-    const char* end = text.data() + text.size();
-    json::sax_parse(Cursor(text.data(), &furthest), Cursor(end, &furthest), &collector);
+    json::sax_parse(Cursor(begin, &furthest), Cursor(end, &furthest), &collector);
     if (collector.failure) {
         return *std::move(collector.failure);
     }

@@ -178,6 +178,17 @@ TEST_F(QuendoTransfer, AnExportThatCannotBeWrittenSaysWhyAndKeepsTheOldFile) {
     expectRefusal({"export", "/dev/full"}, 1, "/dev/full");
 }
 
+TEST_F(QuendoTransfer, AnExportNamesWhatCouldNotBeImportedAgain) {
+    const std::string id = add("Milk");
+    add("Bread");
+    sql("UPDATE ReminderItem SET title = ' ' WHERE ID = '" + id + "'");
+    const auto result = run({"export", path("all.json")});
+    EXPECT_EQ(result.code, 0);
+    EXPECT_EQ(result.errors, "quendo: \" \" (" + id +
+                                 ") could not be imported again: the title is empty; say what to be reminded of\n");
+    EXPECT_EQ(json::parse(read("all.json")).size(), 2U);
+}
+
 TEST_F(QuendoTransfer, ADashIsStandardOutput) {
     fill();
     EXPECT_EQ(json::parse(run({"export", "-"}).output).size(), 4U);
