@@ -156,6 +156,7 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
+    quendokit::bench::installServices();
     benchmark::RunSpecifiedBenchmarks();
     quendokit::bench::removeWorkFolder();
     return 0;
