@@ -60,7 +60,7 @@ void ScriptedCloudDatabase::add(std::shared_ptr<CKDatabaseOperation> operation) 
     operations_.push_back(std::move(operation));
 }
 
-void ScriptedCloudDatabase::fetchSubscription(const std::string& subscriptionID, SubscriptionCompletion completion) {
+void ScriptedCloudDatabase::fetch(const std::string& subscriptionID, SubscriptionCompletion completion) {
     tell("fetch subscription " + subscriptionID);
     subscriptionFetches.push_back({subscriptionID, std::move(completion)});
 }

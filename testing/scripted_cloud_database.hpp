@@ -17,8 +17,8 @@
 namespace quendokit::testing {
 
 /// Keeps what it is given until the test takes it out, in any order, and answers it: by calling its completion, with
-/// any answer or error, and then `finish` for an operation. Operations that wait for others cannot be taken. It is its
-/// own container provider, for one container of any name. One thread.
+/// any answer or error, and then `finish` for an operation. Operations that wait for others cannot be taken. One
+/// thread.
 ///
 /// With a trace, it adds a line for each call: "fetch zones ZONE…", "save zones ZONE…", "delete subscriptions ID…",
 /// "upload NAME… delete NAME…", "download from TOKEN" (or "the beginning"), "fetch subscription ID",
@@ -37,7 +37,7 @@ public:
     explicit ScriptedCloudDatabase(std::shared_ptr<Trace> trace = nullptr) : trace_(std::move(trace)) {}
 
     void add(std::shared_ptr<CKDatabaseOperation> operation) override;
-    void fetchSubscription(const std::string& subscriptionID, SubscriptionCompletion completion) override;
+    void fetch(const std::string& subscriptionID, SubscriptionCompletion completion) override;
     void save(const CKSubscription& subscription, SubscriptionCompletion completion) override;
     void fetchAllSubscriptions(SubscriptionsCompletion completion) override;
 

@@ -35,7 +35,7 @@ public:
     virtual void add(std::shared_ptr<CKDatabaseOperation> operation) = 0;
 
     /// Looks a subscription up; neither a subscription nor an error when there is none, or an error that says so.
-    virtual void fetchSubscription(const std::string& subscriptionID, SubscriptionCompletion completion) = 0;
+    virtual void fetch(const std::string& subscriptionID, SubscriptionCompletion completion) = 0;
     /// Saves a subscription, and answers it as it is saved.
     virtual void save(const CKSubscription& subscription, SubscriptionCompletion completion) = 0;
     /// Every subscription of the database, of other programs too. Answers a list or an error.

@@ -38,7 +38,8 @@ public:
     };
 
     /// Makes a manager that at once looks the zone up, or makes it; then it subscribes to pushes or begins to poll.
-    /// Returns before any of that is done. The device's identifier changes nothing.
+    /// Returns before any of that is done. The device's identifier changes nothing. Fatal if no database of the host's
+    /// container is installed.
     [[nodiscard]] static std::shared_ptr<ReminderSyncManager> create(const std::string& deviceIdentifier,
                                                                      SyncMethod syncMethod = SyncMethod::push);
     /// Fatal: there is no manager without a device.

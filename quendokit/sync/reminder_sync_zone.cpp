@@ -130,7 +130,7 @@ void ReminderSyncManager::subscribeToPushUpdates() {
             manager->database_->save(wanted, didSave);
         }
     };
-    database_->fetchSubscription(subscriptionName_, didFetch);
+    database_->fetch(subscriptionName_, didFetch);
 }
 
 void ReminderSyncManager::wipeSubscriptions() {
