@@ -35,6 +35,11 @@ std::string each(const std::vector<ReminderView>& views, Sentence sentence) {
 
 }  // namespace
 
+std::string stored(const ReminderView& view, const LocalTimeZone& zone) {
+    return fmt::format("Stored \"{}\" for {} ({}).", escapedText(view.title), conditionText(view, zone),
+                       shortIdentifiers({view}).front());
+}
+
 std::string edited(const ReminderView& view, const LocalTimeZone& zone) {
     return fmt::format("Changed to \"{}\" for {} ({}).", escapedText(view.title), conditionText(view, zone),
                        shortIdentifiers({view}).front());
@@ -52,6 +57,11 @@ std::string seen(const std::vector<ReminderView>& views) {
         return "No reminder waits at the Mac.";
     }
     return each(views, [](const ReminderView& view) { return fmt::format("Seen \"{}\".", escapedText(view.title)); });
+}
+
+std::string deleted(const std::vector<ReminderView>& views) {
+    return each(views,
+                [](const ReminderView& view) { return fmt::format("Deleted \"{}\".", escapedText(view.title)); });
 }
 
 std::string stats(const quendokit::ReminderStats& stats) {

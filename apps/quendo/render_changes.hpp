@@ -13,9 +13,11 @@
 
 namespace quendo::plain {
 
+[[nodiscard]] std::string stored(const ReminderView& view, const quendokit::LocalTimeZone& zone);
 [[nodiscard]] std::string edited(const ReminderView& view, const quendokit::LocalTimeZone& zone);
 [[nodiscard]] std::string postponed(const std::vector<ReminderView>& views, const quendokit::LocalTimeZone& zone);
 [[nodiscard]] std::string seen(const std::vector<ReminderView>& views);
+[[nodiscard]] std::string deleted(const std::vector<ReminderView>& views);
 [[nodiscard]] std::string stats(const quendokit::ReminderStats& stats);
 [[nodiscard]] std::string cleared(std::size_t count);
 /// `file` as it is shown to the person.

@@ -138,11 +138,6 @@ Row listed(const ReminderView& view, const std::string& identifier, const LocalT
 
 }  // namespace
 
-std::string stored(const ReminderView& view, const LocalTimeZone& zone) {
-    const std::string when = view.condition.date() ? "for " + moment(view, zone) : "for your next arrival at your Mac";
-    return fmt::format("Stored \"{}\" {} ({}).", escapedText(view.title), when, shortIdentifiers({view}).front());
-}
-
 std::string reminder(const ReminderView& view, const LocalTimeZone& zone) {
     return joined({
         fmt::format("Title:  {}", escapedText(view.title)),
@@ -172,15 +167,6 @@ std::string reminders(const std::vector<ReminderView>& views, const LocalTimeZon
         listing.push_back(lines[i]);
     }
     return joined(listing);
-}
-
-std::string deleted(const std::vector<ReminderView>& views) {
-    std::vector<std::string> lines;
-    lines.reserve(views.size());
-    for (const ReminderView& view : views) {
-        lines.push_back(fmt::format("Deleted \"{}\".", escapedText(view.title)));
-    }
-    return joined(lines);
 }
 
 std::string presets(const PresetsView& view, const LocalTimeZone& zone, const Style& style) {

@@ -15,11 +15,9 @@
 
 namespace quendo::plain {
 
-[[nodiscard]] std::string stored(const ReminderView& view, const quendokit::LocalTimeZone& zone);
 [[nodiscard]] std::string reminder(const ReminderView& view, const quendokit::LocalTimeZone& zone);
 [[nodiscard]] std::string reminders(const std::vector<ReminderView>& views, const quendokit::LocalTimeZone& zone,
                                     const Style& style = standardOutputStyle());
-[[nodiscard]] std::string deleted(const std::vector<ReminderView>& views);
 [[nodiscard]] std::string presets(const PresetsView& view, const quendokit::LocalTimeZone& zone,
                                   const Style& style = standardOutputStyle());
 [[nodiscard]] std::string actions(const std::vector<ActionView>& views, const Style& style = standardOutputStyle());
