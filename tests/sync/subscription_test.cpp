@@ -108,13 +108,20 @@ TEST_F(Subscribing, AWipeThatNamesNothingIsNotLogged) {
 }
 
 TEST_F(Subscribing, NoSubscriptionsLeaveTheWipeToBeTriedAgain) {
+    make(SyncMethod::push);
+    cloud->subscriptionFetches.clear();
+    const auto zone = cloud->take<CKFetchRecordZonesOperation>();
+    const CKFetchRecordZonesOperation::Zones zones{{zoneID, CKRecordZone{zoneID}}};
+    zone->fetchRecordZonesCompletion(zones, std::nullopt);
     failToSave();
     trace->clear();
     answerListing(std::vector<CKSubscription>());
     EXPECT_EQ(taken(), Lines{});
     EXPECT_EQ(cloud->operationCount(), 0U);
-    manager->sync();
-    EXPECT_TRUE(cloud->subscriptionFetches.empty());
+
+    zone->fetchRecordZonesCompletion(zones, std::nullopt);
+    failToSave();
+    EXPECT_EQ(taken().back(), "fetch all subscriptions");
 }
 
 TEST_F(Subscribing, AFailedListingGivesUp) {
@@ -125,13 +132,21 @@ TEST_F(Subscribing, AFailedListingGivesUp) {
 }
 
 TEST_F(Subscribing, AFailedWipeGivesUpAndMayBeTriedAgain) {
+    make(SyncMethod::push);
+    cloud->subscriptionFetches.clear();
+    const auto zone = cloud->take<CKFetchRecordZonesOperation>();
+    const CKFetchRecordZonesOperation::Zones zones{{zoneID, CKRecordZone{zoneID}}};
+    zone->fetchRecordZonesCompletion(zones, std::nullopt);
     failToSave();
-    const auto listing = std::vector{named("one")};
-    answerListing(listing);
+    answerListing(std::vector{named("one")});
     trace->clear();
     answerWipe(std::nullopt, error("Offline."));
     EXPECT_EQ(taken(), Lines{"💥 Failed to delete subscriptions: Offline."});
     EXPECT_TRUE(cloud->subscriptionFetches.empty());
+
+    zone->fetchRecordZonesCompletion(zones, std::nullopt);
+    failToSave();
+    EXPECT_EQ(taken().back(), "fetch all subscriptions");
 }
 
 TEST_F(Subscribing, WhatCompletesAfterTheManagerIsGoneOnlyLogs) {
