@@ -15,6 +15,8 @@ struct Error {
     std::string domain;
     int code = 0;
     std::string description;
+    /// Seconds after which trying again may help, when the other side said so.
+    std::optional<double> retryAfter = {};
 };
 
 /// A value, or the error that came instead of it.
