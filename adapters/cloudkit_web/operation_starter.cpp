@@ -149,20 +149,27 @@ void OperationStarter::visit(CKModifyRecordsOperation& operation) {
 }
 
 void OperationStarter::visit(CKFetchRecordChangesOperation& operation) {
-    ask(readChanges, changesToRead(operation.recordZoneID, operation.previousServerChangeToken),
-        [exchange = exchange_, &operation](const Result<Json>& answer) {
-            const auto page = changesPage(operation.recordZoneID, operation.previousServerChangeToken, answer);
-            if (!page) {
-                operation.moreComing = false;
-                call(operation.fetchRecordChangesCompletion, std::nullopt, std::nullopt,
-                     exchange->explained(readChanges, page.error()));
-                return;
-            }
-            exchange->didSkip(readChanges, page.value().skipped);
-            tell(operation, page.value());
-            operation.moreComing = page.value().moreComing;
-            call(operation.fetchRecordChangesCompletion, page.value().token, std::nullopt, std::nullopt);
-        });
+    const auto fail = [exchange = exchange_, &operation](const Error& error) {
+        operation.moreComing = false;
+        call(operation.fetchRecordChangesCompletion, std::nullopt, std::nullopt,
+             exchange->explained(readChanges, error));
+    };
+    const auto question = changesToRead(operation.recordZoneID, operation.previousServerChangeToken);
+    if (!question) {
+        answerHere([&] { fail(question.error()); });
+        return;
+    }
+    ask(readChanges, question.value(), [exchange = exchange_, fail, &operation](const Result<Json>& answer) {
+        const auto page = changesPage(operation.recordZoneID, operation.previousServerChangeToken, answer);
+        if (!page) {
+            fail(page.error());
+            return;
+        }
+        exchange->didSkip(readChanges, page.value().skipped);
+        tell(operation, page.value());
+        operation.moreComing = page.value().moreComing;
+        call(operation.fetchRecordChangesCompletion, page.value().token, std::nullopt, std::nullopt);
+    });
 }
 
 }  // namespace quendokit::web

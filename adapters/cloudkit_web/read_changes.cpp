@@ -26,13 +26,14 @@ CKServerChangeToken tokenOf(const std::string& text) {
     return CKServerChangeToken(std::move(data));
 }
 
+Error expired(const std::string& why) {
+    return makeCKError(CKErrorCode::changeTokenExpired,
+                       why + "; the token is of no use, the changes are to be read from the beginning");
+}
+
 /// No code says that a token is of no use: the request counts as a bad one.
 Error refusal(const Error& error, bool withToken) {
-    if (!withToken || !isCKError(error, CKErrorCode::invalidArguments)) {
-        return error;
-    }
-    return makeCKError(CKErrorCode::changeTokenExpired,
-                       error.description + "; the token is of no use, the changes are to be read from the beginning");
+    return withToken && isCKError(error, CKErrorCode::invalidArguments) ? expired(error.description) : error;
 }
 
 /// Adds what `item` tells of; counts it when it tells nothing.
@@ -56,7 +57,10 @@ void take(const Json& item, const CKRecordZoneID& zoneID, ChangesPage& page) {
 
 }  // namespace
 
-Json changesToRead(const CKRecordZoneID& zoneID, const std::optional<CKServerChangeToken>& since) {
+Result<Json> changesToRead(const CKRecordZoneID& zoneID, const std::optional<CKServerChangeToken>& since) {
+    if (since && !isPlainText(textOf(*since))) {
+        return expired("no server gave out such a token");
+    }
     Json zone = Json::object();
     zone["zoneID"] = zoneIDOf(zoneID);
     zone["resultsLimit"] = mostOperations;

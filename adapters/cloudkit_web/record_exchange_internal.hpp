@@ -42,8 +42,8 @@ struct ModifiedRecords {
 /// A record that was not there counts as deleted.
 [[nodiscard]] ModifiedRecords modifiedRecords(const RecordChanges& asked, const Result<Json>& answer);
 
-/// `changes/zone`
-[[nodiscard]] Json changesToRead(const CKRecordZoneID& zoneID, const std::optional<CKServerChangeToken>& since);
+/// `changes/zone`. An error for a token that no server takes.
+[[nodiscard]] Result<Json> changesToRead(const CKRecordZoneID& zoneID, const std::optional<CKServerChangeToken>& since);
 
 /// One page of changes, in the order in which they are to be told.
 struct ChangesPage {

@@ -34,7 +34,10 @@ Json zonesToLookUp(const std::vector<CKRecordZoneID>& zoneIDs) {
 
 FoundZones foundZones(const std::vector<CKRecordZoneID>& asked, const Result<Json>& answer) {
     if (!answer) {
-        return {std::nullopt, answer.error()};
+        // Some services refuse the whole look-up where others say it of the zone.
+        return isCKError(answer.error(), CKErrorCode::zoneNotFound)
+                   ? FoundZones{CKFetchRecordZonesOperation::Zones(), std::nullopt}
+                   : FoundZones{std::nullopt, answer.error()};
     }
     const Json* list = listMember(answer.value(), "zones");
     if (list == nullptr) {
@@ -48,7 +51,9 @@ FoundZones foundZones(const std::vector<CKRecordZoneID>& asked, const Result<Jso
         if (item == nullptr) {
             failures.addUnanswered(name);
         } else if (auto failure = serverFailureIn(*item)) {
-            failures.add(name, *std::move(failure));
+            if (failure->code != "ZONE_NOT_FOUND") {
+                failures.add(name, *std::move(failure));
+            }
         } else if (nameIn(*item, ItemKind::zone) == name) {
             zones.emplace(asked[i], CKRecordZone{asked[i]});
         } else {

@@ -16,9 +16,10 @@ namespace quendokit::web {
 
 struct FoundZones {
     std::optional<CKFetchRecordZonesOperation::Zones> zones;
-    /// Also when one of several is missing.
+    /// Also when nothing is known of one of several.
     std::optional<Error> error;
 };
+/// A zone that is not there is missing, which is no error.
 [[nodiscard]] FoundZones foundZones(const std::vector<CKRecordZoneID>& asked, const Result<Json>& answer);
 
 /// `zones/modify`

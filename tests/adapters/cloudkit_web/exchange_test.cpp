@@ -59,22 +59,39 @@ TEST_F(WebDatabaseExchange, ZonesAreLookedUp) {
     EXPECT_TRUE(operation->isFinished());
 }
 
-TEST_F(WebDatabaseExchange, AMissingZoneIsSaidInOneItemOrForAll) {
+TEST_F(WebDatabaseExchange, AZoneThatIsNotThereIsMissingWhetherItIsSaidOfItOrOfAll) {
     for (const auto& [status, answer] :
          {std::pair(200, R"({"zones":[{"zoneID":{"zoneName":"Errands"},"reason":"Zone does not exist",
              "serverErrorCode":"ZONE_NOT_FOUND"}]})"),
           std::pair(404, R"({"uuid":"u","serverErrorCode":"ZONE_NOT_FOUND","reason":"Zone does not exist"})")}) {
-        std::optional<Error> failure;
+        std::optional<CKFetchRecordZonesOperation::Zones> found;
         const auto operation = std::make_shared<CKFetchRecordZonesOperation>(std::vector{zone});
         operation->fetchRecordZonesCompletion = [&](auto zones, auto error) {
-            EXPECT_TRUE(!zones || zones->empty());
-            failure = std::move(error);
+            EXPECT_FALSE(error);
+            found = std::move(zones);
         };
         database->add(operation);
         transport->run();
         transport->answer(status, answer);
-        expectCode(failure, CKErrorCode::zoneNotFound);
+        ASSERT_TRUE(found);
+        EXPECT_TRUE(found->empty());
     }
+}
+
+TEST_F(WebDatabaseExchange, AZoneOfWhichNothingIsKnownIsAnError) {
+    std::optional<Error> failure;
+    const CKRecordZoneID busy{"Busy"};
+    const auto operation = std::make_shared<CKFetchRecordZonesOperation>(std::vector{zone, busy});
+    operation->fetchRecordZonesCompletion = [&](auto zones, auto error) {
+        EXPECT_TRUE(zones && zones->size() == 1 && zones->contains(zone));
+        failure = std::move(error);
+    };
+    database->add(operation);
+    transport->run();
+    transport->answer(200, R"({"zones":[{"zoneID":{"zoneName":"Errands"}},
+        {"zoneID":{"zoneName":"Busy"},"serverErrorCode":"TRY_AGAIN_LATER","retryAfter":1}]})");
+    expectCode(failure, CKErrorCode::partialFailure);
+    EXPECT_EQ(failure->retryAfter, 1.0);
 }
 
 TEST_F(WebDatabaseExchange, ZonesAreMadeAndRemoved) {
@@ -380,6 +397,10 @@ TEST_F(WebDatabaseExchange, ARefusedTokenMeansFromTheBeginning) {
         expectCode(page.error, CKErrorCode::changeTokenExpired);
         EXPECT_FALSE(page.token);
     }
+    // What is no text can have come from no server; nobody is asked.
+    read("\xFF");
+    EXPECT_TRUE(transport->sent.empty());
+    expectCode(page.error, CKErrorCode::changeTokenExpired);
     // Without a token none can be of no use.
     read();
     transport->answer(200, R"({"zones":[{"zoneID":{"zoneName":"Errands"},"serverErrorCode":"BAD_REQUEST"}]})");
