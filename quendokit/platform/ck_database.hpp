@@ -30,13 +30,13 @@ public:
     CKDatabase& operator=(const CKDatabase&) = delete;
     virtual ~CKDatabase() = default;
 
-    /// Runs `operation` once everything that it depends on has finished. Until then it holds no thread, and others that
-    /// were added after it run. Keeps it until it is finished.
+    /// Runs `operation` once everything that it depends on has finished, here or before it came. Until then it holds no
+    /// thread, and others that were added after it run. Keeps it until it is finished.
     virtual void add(std::shared_ptr<CKDatabaseOperation> operation) = 0;
 
     /// Looks a subscription up; neither a subscription nor an error when there is none, or an error that says so.
     virtual void fetch(const std::string& subscriptionID, SubscriptionCompletion completion) = 0;
-    /// Saves a subscription, and answers it as it is saved.
+    /// Saves a subscription, and answers it as it is saved. Saving it again succeeds.
     virtual void save(const CKSubscription& subscription, SubscriptionCompletion completion) = 0;
     /// Every subscription of the database, of other programs too. Answers a list or an error.
     virtual void fetchAllSubscriptions(SubscriptionsCompletion completion) = 0;

@@ -23,7 +23,7 @@
 
 namespace quendokit {
 
-/// Looks zones up.
+/// Looks zones up. One that is not there is missing from the answer, which is no error.
 class CKFetchRecordZonesOperation final : public CKDatabaseOperation {
 public:
     using Zones = std::map<CKRecordZoneID, CKRecordZone>;
@@ -35,7 +35,7 @@ public:
     std::function<void(std::optional<Zones>, std::optional<Error>)> fetchRecordZonesCompletion;
 };
 
-/// Makes and removes zones.
+/// Makes and removes zones. Making one that is there leaves it as it is; a zone goes with all its records.
 class CKModifyRecordZonesOperation final : public CKDatabaseOperation {
 public:
     CKModifyRecordZonesOperation(std::optional<std::vector<CKRecordZone>> toSave,
@@ -71,11 +71,11 @@ enum class CKRecordSavePolicy : std::uint8_t {
     ifServerRecordUnchanged = 0,
     /// Any, in the keys that changed.
     changedKeys = 1,
-    /// Any, in every key.
+    /// Any, in every key that the saved one has; keys that only the server knows stay.
     allKeys = 2,
 };
 
-/// Saves and deletes records.
+/// Saves and deletes records, all of them or none. Deleting one that is not there succeeds.
 class CKModifyRecordsOperation final : public CKDatabaseOperation {
 public:
     CKModifyRecordsOperation(std::optional<std::vector<CKRecord>> toSave,
@@ -87,16 +87,19 @@ public:
     std::optional<std::vector<CKRecordID>> recordIDsToDelete;
     CKRecordSavePolicy savePolicy = CKRecordSavePolicy::ifServerRecordUnchanged;
     std::optional<std::vector<std::byte>> clientChangeTokenData;
-    /// What the server took. An error may stand for a part that it did not take.
+    /// What the server took, each list in the order in which it was given, saved records with their change tags.
     std::function<void(std::optional<std::vector<CKRecord>>, std::optional<std::vector<CKRecordID>>,
                        std::optional<Error>)>
         modifyRecordsCompletion;
 };
 
-/// Reads one page of what changed in a zone.
+/// Reads one page of what changed in a zone, in the order of the changes: each record once, in its last state. Changes
+/// of this device may be among them or not. A page may be empty although another one is coming.
 class CKFetchRecordChangesOperation final : public CKDatabaseOperation {
 public:
-    /// Without a token from the beginning of the zone.
+    /// Without a token from the beginning of the zone: what is in it, perhaps also what went. A token may be used
+    /// again. One that the server cannot use is answered with `changeTokenExpired`, a zone that is not there with
+    /// `zoneNotFound`.
     CKFetchRecordChangesOperation(CKRecordZoneID zoneID, std::optional<CKServerChangeToken> previousToken)
         : recordZoneID(std::move(zoneID)), previousServerChangeToken(std::move(previousToken)) {}
     void accept(Visitor& visitor) override { visitor.visit(*this); }

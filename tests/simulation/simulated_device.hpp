@@ -1,0 +1,132 @@
+#pragma once
+/// \file
+/// `SimulatedDevice`, a device with the engine on it, which may crash and start again.
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "quendokit/platform/services.hpp"
+#include "quendokit/store/reminder_controller.hpp"
+#include "quendokit/sync/reminder_sync_manager.hpp"
+#include "testing/in_memory_cloud_database.hpp"
+#include "testing/in_memory_realm.hpp"
+#include "testing/in_memory_ubiquitous_store.hpp"
+#include "testing/in_memory_user_defaults.hpp"
+#include "testing/manual_clock.hpp"
+#include "tests/simulation/event_log.hpp"
+#include "tests/simulation/hazard.hpp"
+#include "tests/simulation/random.hpp"
+#include "tests/simulation/simulated_queue.hpp"
+
+namespace quendokit::simulation {
+
+/// Installs the services of one process at a time, and keeps them while the same one goes on.
+class Installation {
+public:
+    void use(const void* owner, const platform::Services& services) {
+        if (owner_ != owner) {
+            leave();
+            installed_.emplace(services);
+            owner_ = owner;
+        }
+    }
+    void leave() {
+        installed_.reset();
+        owner_ = nullptr;
+    }
+
+private:
+    const void* owner_ = nullptr;
+    std::optional<platform::ScopedInstall> installed_;
+};
+
+/// What devices have in common.
+struct Surroundings {
+    std::shared_ptr<testing::InMemoryCloud> cloud = std::make_shared<testing::InMemoryCloud>();
+    std::shared_ptr<EventLog> log;
+    std::shared_ptr<Findings> findings = std::make_shared<Findings>();
+    std::shared_ptr<Installation> installation = std::make_shared<Installation>();
+    /// The true time.
+    std::shared_ptr<Instant> now = std::make_shared<Instant>(0);
+};
+
+/// One device: the database, the settings and the clock, which outlive a process; and the process, with services of its
+/// own that are installed around each of its events, and a plain host that sets everything up and downloads when it is
+/// pushed. It logs the engine's lines, what scheduler and delegate are told, and the posts. One thread.
+class SimulatedDevice {
+public:
+    struct Settings {
+        std::string name;
+        ReminderSyncManager::SyncMethod method = ReminderSyncManager::SyncMethod::push;
+        /// How long the next task of the network or of the main queue takes to come up; nothing when absent.
+        SimulatedQueue::Latency networkLatency = {};
+        SimulatedQueue::Latency mainLatency = {};
+        /// What becomes of the next request; it succeeds when absent.
+        testing::InMemoryCloudDatabase::Faults faults = {};
+        std::uint64_t seed = 0;
+    };
+
+    static constexpr const char* zoneName = "Reminder Zone";
+
+    SimulatedDevice(Settings settings, Surroundings surroundings);
+    SimulatedDevice(const SimulatedDevice&) = delete;
+    SimulatedDevice& operator=(const SimulatedDevice&) = delete;
+    /// Ends the process as a crash does.
+    ~SimulatedDevice();
+
+    /// Starts the process: opens the database, makes the manager and the controller. Fatal if it runs.
+    void start();
+    /// Ends it at once: what was queued is gone, what was written stays.
+    void crash();
+    [[nodiscard]] bool isRunning() const noexcept { return process_ != nullptr; }
+
+    /// When something happens here next of its own accord; absent when nothing will.
+    [[nodiscard]] std::optional<Instant> nextEvent() const;
+    /// Lets the first thing that is due happen: timers, one task of the main queue, or one of the network.
+    void runNextEvent();
+
+    /// Runs one task of the network or of the main queue, due or not; false when there is none.
+    bool runNetworkTask();
+    bool runMainTask();
+    /// Runs such tasks until there are none.
+    void settle();
+
+    /// What the person or the host does, on the main thread. Fatal if the process does not run.
+    void act(const std::function<void(ReminderController&, ReminderSyncManager&)>& action);
+    [[nodiscard]] std::optional<ReminderStruct> reminder(const std::string& id);
+    /// What is stored, with its flags, by id; also while the process does not run.
+    [[nodiscard]] std::vector<ReminderItem> stored();
+
+    /// The id that the controller gave the reminder that was stored last.
+    [[nodiscard]] const std::string& lastScheduledID() const noexcept { return lastScheduledID_; }
+    [[nodiscard]] const std::string& name() const noexcept { return settings_.name; }
+    /// Whether an upload or a download is under way, or main tasks wait.
+    [[nodiscard]] bool isBusy() const;
+
+private:
+    class Process;
+    class Host;
+
+    /// Installs the services of the process, or of the device while there is none, and moves its clock to the true
+    /// time.
+    void enter() const;
+    [[nodiscard]] platform::Services durableServices() const;
+    [[nodiscard]] std::vector<ReminderItem> storedNow() const;
+
+    const Settings settings_;
+    const Surroundings surroundings_;
+    Random random_;
+    const std::shared_ptr<testing::ManualClock> clock_;
+    const std::shared_ptr<testing::InMemoryUserDefaults> defaults_ = std::make_shared<testing::InMemoryUserDefaults>();
+    const std::shared_ptr<testing::InMemoryUbiquitousStore> keyValues_ =
+        std::make_shared<testing::InMemoryUbiquitousStore>();
+    const std::shared_ptr<testing::InMemoryRealmProvider> realms_ = std::make_shared<testing::InMemoryRealmProvider>();
+    std::string lastScheduledID_;
+    std::unique_ptr<Process> process_;
+};
+
+}  // namespace quendokit::simulation

@@ -1,0 +1,121 @@
+#include <gtest/gtest.h>
+
+#include "tests/simulation/seeded_options.hpp"
+#include "tests/simulation/simulated_world.hpp"
+
+namespace quendokit::simulation {
+namespace {
+
+SimulationOptions withAllFaults(std::uint64_t seed) {
+    SimulationOptions options;
+    options.seed = seed;
+    options.offlineSpells = true;
+    options.lostRequests = true;
+    options.crashes = true;
+    options.expiredTokens = true;
+    return options;
+}
+
+/// What is true of every run, whatever gets lost.
+void expectSound(const SimulationOptions& options, const SimulationResult& result) {
+    SCOPED_TRACE(describe(options) + ": " + describe(result));
+    EXPECT_GT(result.reminders, 0U);
+    EXPECT_EQ(result.unexplained, 0U);
+    EXPECT_EQ(result.pending, 0U);
+    EXPECT_EQ(result.findings.namedTwice, 0U);
+}
+
+TEST(Simulation, RunsTheSameWayASecondTime) {
+    for (std::uint64_t seed = 1; seed <= 4; ++seed) {
+        SimulationOptions options = withAllFaults(seed);
+        options.days = 0.25;
+        EXPECT_EQ(simulate(options).hash, simulate(options).hash) << describe(options);
+    }
+}
+
+TEST(Simulation, RunsAnotherWayWithAnotherSeed) {
+    SimulationOptions options = withAllFaults(1);
+    options.days = 0.1;
+    const std::uint64_t first = simulate(options).hash;
+    options.seed = 2;
+    EXPECT_NE(simulate(options).hash, first);
+}
+
+TEST(Simulation, LosesNothingWithoutFaultsAndHurry) {
+    SimulationResult total;
+    for (std::uint64_t seed = 1; seed <= 4; ++seed) {
+        SimulationOptions options;
+        options.seed = seed;
+        options.bursts = false;
+        const SimulationResult result = simulate(options);
+        expectSound(options, result);
+        EXPECT_EQ(result.wrong + result.ghosts, 0U) << describe(options);
+        add(total, result);
+    }
+    EXPECT_GT(total.reminders, 100U);
+}
+
+TEST(Simulation, LosesSomethingByHurryAlone) {
+    SimulationResult total;
+    for (std::uint64_t seed = 1; seed <= 3; ++seed) {
+        SimulationOptions options;
+        options.seed = seed;
+        options.actionsPerDay = 2'000;
+        options.days = 0.05;
+        const SimulationResult result = simulate(options);
+        expectSound(options, result);
+        add(total, result);
+    }
+    EXPECT_GT(total.wrong + total.ghosts, 0U) << describe(total);
+}
+
+TEST(Simulation, ShowsEveryWayInWhichChangesGetLost) {
+    SimulationResult total;
+    for (std::uint64_t seed = 1; seed <= 8; ++seed) {
+        SimulationOptions options = withAllFaults(seed);
+        options.actionsPerDay = 200;
+        options.days = 0.5;
+        const SimulationResult result = simulate(options);
+        expectSound(options, result);
+        add(total, result);
+    }
+    std::printf("%.0f device-days: %s\n", total.deviceDays, describe(total).c_str());
+    for (std::size_t i = 0; i < hazardNames.size(); ++i) {
+        EXPECT_GT(total.lostBy.at(i), 0U) << hazardNames.at(i);
+    }
+}
+
+TEST(Simulation, AServerThatRemembersDeletionsLeavesNoGhostOfThatKind) {
+    SimulationResult total;
+    for (std::uint64_t seed = 1; seed <= 3; ++seed) {
+        SimulationOptions options = withAllFaults(seed);
+        options.crashes = false;
+        options.replaysDeletions = true;
+        options.bursts = false;
+        const SimulationResult result = simulate(options);
+        expectSound(options, result);
+        add(total, result);
+    }
+    EXPECT_EQ(total.ghosts, 0U) << describe(total);
+}
+
+/// One crash at every event of a small world, one after the other: none of it is left to chance.
+TEST(Simulation, SurvivesACrashAtAnyEvent) {
+    SimulationOptions options;
+    options.seed = 11;
+    options.devices = 2;
+    options.days = 0.001;
+    options.actionsPerDay = 8'000;
+    const std::size_t events = simulate(options).events;
+    std::size_t crashes = 0;
+    for (std::size_t event = 1; event <= events; ++event) {
+        options.crashAtEvent = event;
+        const SimulationResult result = simulate(options);
+        expectSound(options, result);
+        crashes += result.crashes;
+    }
+    EXPECT_GT(crashes, 50U);
+}
+
+}  // namespace
+}  // namespace quendokit::simulation
