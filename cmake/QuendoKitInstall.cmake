@@ -27,6 +27,8 @@ quendokit_pkgconfig(quendokit "${PROJECT_DESCRIPTION}" "-lquendokit" "" "")
 quendokit_pkgconfig(quendokit-event-loop "QuendoKit's run loop, main queue, notification centre and clock on the standard library" "-lquendokit_event_loop" "quendokit" "")
 quendokit_pkgconfig(quendokit-sqlite "QuendoKit's object database on SQLite" "-lquendokit_sqlite" "quendokit sqlite3" "")
 quendokit_pkgconfig(quendokit-cctz "QuendoKit's local time on cctz" "-lquendokit_cctz -lcctz" "quendokit" "")
+quendokit_pkgconfig(quendokit-cloudkit-web "QuendoKit's cloud database over CloudKit's HTTP protocol" "-lquendokit_cloudkit_web"
+    "quendokit libcurl" "")
 quendokit_pkgconfig(quendokit-files "QuendoKit's settings in a JSON file" "-lquendokit_files" "quendokit" "")
 quendokit_pkgconfig(quendokit-gettext "QuendoKit's texts on GNU gettext" "-lquendokit_gettext" "quendokit" "")
 quendokit_pkgconfig(quendokit-hostkit "What hosts need around QuendoKit" "-lquendokit_hostkit" "quendokit" "")

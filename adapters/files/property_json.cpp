@@ -10,8 +10,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "adapters/files/base64_internal.hpp"
 #include "adapters/files/property_json_internal.hpp"
+#include "quendokit/platform/base64.hpp"
 
 namespace quendokit::files {
 namespace {

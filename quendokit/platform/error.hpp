@@ -31,6 +31,7 @@ public:
 
     /// Only when `hasValue()`.
     [[nodiscard]] Value& value() & { return std::get<0>(state_); }
+    [[nodiscard]] const Value& value() const& { return std::get<0>(state_); }
     [[nodiscard]] Value&& value() && { return std::get<0>(std::move(state_)); }
     /// Only when not `hasValue()`.
     [[nodiscard]] const Error& error() const { return std::get<1>(state_); }

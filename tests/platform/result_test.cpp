@@ -36,6 +36,7 @@ TEST(Result, GivesAwayAValueThatCannotBeCopied) {
 TEST(Result, HoldsAValueThatIsFalse) {
     const Result<int> zero = 0;
     EXPECT_TRUE(zero);
+    EXPECT_EQ(zero.value(), 0);
 }
 
 TEST(RealmError, IsKnownByDomainAndCode) {

@@ -1,15 +1,13 @@
 /// \file
-/// Settings as JSON: values there and back, documents taken apart, base64.
+/// Settings as JSON: values there and back, documents taken apart.
 
 #include <cstdint>
 #include <limits>
-#include <span>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "adapters/files/base64_internal.hpp"
 #include "adapters/files/property_json_internal.hpp"
 #include "adapters/files/settings_document_internal.hpp"
 #include "testing/conformance/property_checks.hpp"
@@ -17,33 +15,6 @@
 
 namespace quendokit::testing {
 namespace {
-
-std::string base64Of(const std::string& text) {
-    return files::base64(std::as_bytes(std::span(text)));
-}
-
-TEST(Base64, EndsWithItsPadding) {
-    EXPECT_EQ(base64Of(""), "");
-    EXPECT_EQ(base64Of("f"), "Zg==");
-    EXPECT_EQ(base64Of("fo"), "Zm8=");
-    EXPECT_EQ(base64Of("foo"), "Zm9v");
-    EXPECT_EQ(base64Of("foob"), "Zm9vYg==");
-    EXPECT_EQ(base64Of("\xFB\xFF"), "+/8=");
-}
-
-TEST(Base64, ReadsOnlyWhatItWrites) {
-    for (const char* text :
-         {"Z", "Zg", "Zg=", "Zg==Zg==", "Zh==", "Zm9=", "Z===", "====", "Zm9v\n", "Zm 9", "Zm9-", "=", "Zg==="}) {
-        EXPECT_FALSE(files::fromBase64(text)) << text;
-    }
-    checkProperty(1'000, [](const std::vector<std::uint8_t>& numbers) {
-        std::vector<std::byte> bytes;
-        for (const std::uint8_t number : numbers) {
-            bytes.push_back(static_cast<std::byte>(number));
-        }
-        RC_ASSERT(files::fromBase64(files::base64(bytes)) == bytes);
-    });
-}
 
 TEST(PropertyJson, EveryValueIsReadAsItWasWritten) {
     auto values = plainPropertyValues();

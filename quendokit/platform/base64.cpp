@@ -1,11 +1,11 @@
+#include "quendokit/platform/base64.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <utility>
 
-#include "adapters/files/base64_internal.hpp"
-
-namespace quendokit::files {
+namespace quendokit {
 namespace {
 
 constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -68,4 +68,4 @@ std::optional<std::vector<std::byte>> fromBase64(std::string_view text) {
     return base64(bytes) == text ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
-}  // namespace quendokit::files
+}  // namespace quendokit

@@ -9,12 +9,14 @@
 #include <string_view>
 #include <vector>
 
-namespace quendokit::files {
+#include "quendokit/platform/export.hpp"
+
+namespace quendokit {
 
 /// With padding: one byte 0xFF is "/w==".
-[[nodiscard]] std::string base64(std::span<const std::byte> bytes);
+[[nodiscard]] QUENDOKIT_EXPORT std::string base64(std::span<const std::byte> bytes);
 
 /// Absent unless `text` is what `base64` answers for some bytes.
-[[nodiscard]] std::optional<std::vector<std::byte>> fromBase64(std::string_view text);
+[[nodiscard]] QUENDOKIT_EXPORT std::optional<std::vector<std::byte>> fromBase64(std::string_view text);
 
-}  // namespace quendokit::files
+}  // namespace quendokit
