@@ -7,7 +7,9 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "quendokit/platform/ck_record.hpp"
 #include "quendokit/platform/error.hpp"
 
 namespace quendokit {
@@ -48,6 +50,10 @@ struct CloudGuardEvents {
     std::function<void(const std::optional<Error>&)> uploadEnded = {};
     /// A page was read, or could not be.
     std::function<void(const std::optional<Error>&)> downloadEnded = {};
+    /// The cloud has confirmed these, deletions too.
+    std::function<void(const std::vector<std::string>&)> confirmed = {};
+    /// These come from the cloud, and go to the engine next.
+    std::function<void(const std::vector<CKRecord>&, const std::vector<CKRecordID>&)> received = {};
     /// Something failed that is tried again after a while.
     std::function<void(const Error&, std::chrono::nanoseconds)> waits = {};
     /// One line for the log: an item that the server does not take.

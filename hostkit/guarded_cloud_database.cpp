@@ -275,6 +275,9 @@ void GuardedCloudDatabase::deliver(UploadJob& upload) {
         confirmed.push_back(id.recordName);
         uploadedTags_.erase(id.recordName);
     }
+    if (events_.confirmed && !confirmed.empty()) {
+        events_.confirmed(confirmed);
+    }
     upload.finish();
     isQueued(std::move(confirmed));
     if (events_.uploadEnded) {
@@ -302,6 +305,18 @@ void GuardedCloudDatabase::deliver(DownloadJob& download) {
     std::vector<std::string> names;
     std::transform(page.changes.begin(), page.changes.end(), std::back_inserter(names),
                    [](const DownloadJob::Change& change) { return nameOf(change); });
+    if (events_.received && !page.changes.empty()) {
+        std::vector<CKRecord> records;
+        std::vector<CKRecordID> deleted;
+        for (const DownloadJob::Change& change : page.changes) {
+            if (const auto* record = std::get_if<CKRecord>(&change)) {
+                records.push_back(*record);
+            } else {
+                deleted.push_back(std::get<CKRecordID>(change));
+            }
+        }
+        events_.received(records, deleted);
+    }
     const std::optional<Error> error = page.error;
     download.finish();
     isQueued(std::move(names));
@@ -382,6 +397,12 @@ void GuardedCloudDatabase::wait(const Error& error) {
     if (events_.waits) {
         events_.waits(error, time);
     }
+}
+
+bool GuardedCloudDatabase::isIdle() const {
+    const std::lock_guard lock(arrivingMutex_);
+    const bool waits = std::any_of(queue_.begin(), queue_.end(), [](const Job& job) { return job->isReady(); });
+    return arriving_.empty() && running_.empty() && !waits && queued_.empty();
 }
 
 void GuardedCloudDatabase::retryNow() {

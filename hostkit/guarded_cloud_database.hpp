@@ -73,6 +73,8 @@ public:
     /// How many operations are on their way, and how many wait for their turn.
     [[nodiscard]] std::size_t runningCount() const noexcept { return running_.size(); }
     [[nodiscard]] std::size_t waitingCount() const noexcept { return queue_.size(); }
+    /// Whether nothing is on its way or waits for its turn, and everything that came has been stored.
+    [[nodiscard]] bool isIdle() const;
     /// Why it waits; absent when it does not.
     [[nodiscard]] const std::optional<Error>& waitsBecause() const noexcept { return waitsBecause_; }
 
@@ -109,7 +111,7 @@ private:
     CloudGuardEvents events_;
     std::weak_ptr<ReminderSyncManager> manager_;
     std::shared_ptr<TokenGate> gate_;
-    std::mutex arrivingMutex_;
+    mutable std::mutex arrivingMutex_;
     std::vector<std::function<Job()>> arriving_;
     /// The next one first; those whose dependencies are not finished are passed over.
     std::deque<Job> queue_;

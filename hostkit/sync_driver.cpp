@@ -56,6 +56,8 @@ void SyncDriver::begin() {
             self->downloadEnded(error);
         }
     };
+    events.confirmed = events_.confirmed;
+    events.received = events_.received;
     events.waits = events_.waits;
     events.reports = events_.reports;
     database->setEvents(std::move(events));

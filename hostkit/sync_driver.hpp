@@ -6,7 +6,10 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
+#include "quendokit/platform/ck_record.hpp"
 #include "quendokit/platform/error.hpp"
 #include "quendokit/platform/export.hpp"
 
@@ -31,6 +34,9 @@ struct SyncDriverEvents {
     /// An upload or a download is over.
     std::function<void(const std::optional<Error>&)> uploadEnded = {};
     std::function<void(const std::optional<Error>&)> downloadEnded = {};
+    /// As in `CloudGuardEvents`.
+    std::function<void(const std::vector<std::string>&)> confirmed = {};
+    std::function<void(const std::vector<CKRecord>&, const std::vector<CKRecordID>&)> received = {};
     /// The zone could not be looked up or made for a safety interval: a new manager tries again.
     std::function<void()> zoneStaysUnknown = {};
     /// Something waits for the network.

@@ -27,7 +27,7 @@ namespace quendokit {
 /// steady clock, which stands still while the computer sleeps. With nothing to do the thread sleeps until somebody
 /// wakes it. Tasks and actions must not throw.
 ///
-/// A loop that ends lets go of its timers and of the tasks that have not run.
+/// A loop that ends invalidates its timers and lets go of the tasks that have not run.
 class QUENDOKIT_EXPORT EventLoop final : public RunLoop, public DispatchQueue {
 public:
     EventLoop();

@@ -119,10 +119,16 @@ std::shared_ptr<Timer> TimerTable::takeNext(const Turn& turn, Instant now) {
 
 void TimerTable::end() {
     std::map<Place, std::shared_ptr<Timer>> dropped;
-    const std::lock_guard lock(state_->mutex);
-    // What ends with them may add once more; that is not kept.
-    state_->ended = true;
-    dropped.swap(state_->waiting);
+    {
+        const std::lock_guard lock(state_->mutex);
+        // What ends with them may add once more; that is not kept.
+        state_->ended = true;
+        dropped.swap(state_->waiting);
+    }
+    // A timer that its own target keeps would hold it for ever.
+    for (const auto& [place, timer] : dropped) {
+        timer->invalidate();
+    }
 }
 
 }  // namespace quendokit

@@ -27,6 +27,8 @@ struct Commands {
     OptionsArguments options;
     ExportArguments exporting;
     ImportArguments importing;
+    CloudArguments cloud;
+    SyncArguments sync;
 };
 
 /// CLI11 takes an empty answer for a yes.
@@ -121,6 +123,44 @@ void describeOptions(CLI::App& app, Commands& commands, Arguments& parsed) {
     addVerb("reset", "go back to the day plan that everyone begins with", Verb::reset);
 }
 
+/// How long to wait: a day at most.
+std::string isTimeout(const std::string& text) {
+    const bool fits = isCount(text).empty() && text.size() <= 5 && std::stoll(text) >= 1 && std::stoll(text) <= 86'400;
+    return fits ? "" : "\"" + text + "\" is no number of seconds from 1 to 86400";
+}
+
+void describeCloud(CLI::App& app, Commands& commands, Arguments& parsed) {
+    using Verb = CloudArguments::Verb;
+    auto* cloud = addCommand(app, "cloud", "connect this device to the person's cloud", parsed, commands.cloud);
+    cloud->require_subcommand(1);
+    const auto addVerb = [&](const char* name, const char* does, Verb verb) {
+        CLI::App* command = cloud->add_subcommand(name, does);
+        command->callback([&commands, verb] { commands.cloud.verb = verb; });
+        return command;
+    };
+    auto* connect = addVerb("connect", "remember an account and check it", Verb::connect);
+    connect->add_option("URL", commands.cloud.url, "where the cloud is, as https://cloud.example.org")->required();
+    connect->add_option("--container", commands.cloud.container, "as iCloud.net.example.reminders")
+        ->type_name("NAME")
+        ->required();
+    connect->add_option("--environment", commands.cloud.environment, "production, or development")->type_name("NAME");
+    connect->add_option("--api-token", commands.cloud.apiToken, "the token of the application")->type_name("TOKEN");
+    connect->add_option("--web-token", commands.cloud.webToken, "the person's token")->type_name("TOKEN");
+    connect
+        ->add_option("--token-file", commands.cloud.tokenFile,
+                     "a JSON file with \"api-token\" and \"web-token\", as quendo-cloudd prints them; - for standard "
+                     "input")
+        ->type_name("FILE");
+    addVerb("status", "say how this device stands to the cloud", Verb::status);
+    addVerb("disconnect", "forget the account; the reminders stay", Verb::disconnect);
+
+    auto* sync = addCommand(app, "sync", "upload what is unsent, then download", parsed, commands.sync);
+    sync->add_option("--timeout", commands.sync.timeout, "how many seconds to wait; 30 when not given")
+        ->type_name("S")
+        ->check(isTimeout);
+    addCommand<StatusArguments>(app, "status", "say what comes next and what is unsent", parsed);
+}
+
 void describe(CLI::App& app, Commands& commands, Arguments& parsed) {
     describeReminders(app, commands, parsed);
 
@@ -138,6 +178,7 @@ void describe(CLI::App& app, Commands& commands, Arguments& parsed) {
     auto* importing = addCommand(app, "import", "store the reminders of a file", parsed, commands.importing);
     importing->add_option("FILE", commands.importing.file, "JSON or iCalendar; - for standard input")->required();
 
+    describeCloud(app, commands, parsed);
     addCommand<VersionArguments>(app, "version", "say which version this is", parsed);
     addCommand<DoctorArguments>(app, "doctor", "check files, permissions, schema, settings and time zone", parsed);
 }

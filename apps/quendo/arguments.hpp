@@ -98,6 +98,24 @@ struct OptionsArguments {
     std::string value;
 };
 
+struct CloudArguments {
+    enum class Verb { connect, status, disconnect };
+    Verb verb = Verb::status;
+    std::string url;
+    std::string container;
+    std::string environment = "production";
+    std::optional<std::string> apiToken;
+    std::optional<std::string> webToken;
+    /// A file with both tokens.
+    std::optional<std::string> tokenFile;
+};
+
+struct SyncArguments {
+    /// Seconds, above 0.
+    std::int64_t timeout = 30;
+};
+
+struct StatusArguments {};
 struct VersionArguments {};
 struct DoctorArguments {};
 
@@ -108,7 +126,8 @@ struct Arguments {
     bool quiet = false;
     std::variant<AddArguments, ListArguments, ShowArguments, EditArguments, PostponeArguments, SeenArguments,
                  DeleteArguments, StatsArguments, ClearArguments, PresetsArguments, ActionsArguments, OptionsArguments,
-                 ExportArguments, ImportArguments, VersionArguments, DoctorArguments>
+                 ExportArguments, ImportArguments, CloudArguments, SyncArguments, StatusArguments, VersionArguments,
+                 DoctorArguments>
         command;
 };
 

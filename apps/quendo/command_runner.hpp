@@ -42,6 +42,10 @@ public:
     // command_runner_transfer.cpp
     Outcome<Output> operator()(const ExportArguments& arguments);
     Outcome<Output> operator()(const ImportArguments& arguments);
+    // command_runner_cloud.cpp
+    Outcome<Output> operator()(const CloudArguments& arguments);
+    Outcome<Output> operator()(const SyncArguments& arguments);
+    Outcome<Output> operator()(const StatusArguments& arguments);
     // command_runner.cpp
     Outcome<Output> operator()(const PresetsArguments& arguments);
     Outcome<Output> operator()(const ActionsArguments& arguments);

@@ -1,6 +1,7 @@
 #include "apps/quendo/failure.hpp"
 
 #include "adapters/files/file_user_defaults.hpp"
+#include "quendokit/platform/ck_error.hpp"
 #include "quendokit/platform/realm_error.hpp"
 
 namespace quendo {
@@ -51,6 +52,9 @@ Failure failureOf(const quendokit::Error& error) {
     }
     if (error.domain == quendokit::fileUserDefaultsErrorDomain) {
         return {exitCodeOf(static_cast<FileUserDefaultsErrorCode>(error.code)), error.description};
+    }
+    if (error.domain == quendokit::CKErrorDomain) {
+        return {ExitCode::cloud, error.description};
     }
     return {ExitCode::notDone, error.description};
 }

@@ -21,6 +21,8 @@ enum class ExitCode {
     locked = 3,
     /// The data is damaged or of a newer version.
     damaged = 4,
+    /// The cloud refuses, or is out of reach.
+    cloud = 5,
 };
 
 /// Why a command did not do its work. `line` says what happened, where, and what to do.

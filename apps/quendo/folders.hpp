@@ -15,6 +15,10 @@ namespace quendo {
 struct Folders : quendokit::LinuxFolders {
     [[nodiscard]] std::filesystem::path lock() const { return state / "quendo.lock"; }
     [[nodiscard]] std::filesystem::path journal() const { return state / "quendo.journal"; }
+    /// The account in the cloud, with its tokens.
+    [[nodiscard]] std::filesystem::path account() const { return config / "cloud.json"; }
+    /// When the last sync was.
+    [[nodiscard]] std::filesystem::path syncRecord() const { return state / "sync.json"; }
     [[nodiscard]] std::filesystem::path log() const { return state / "quendo.log"; }
 };
 

@@ -2,6 +2,7 @@
 /// \file
 /// What can be asked of a `Session`, and what it answers, as plain values.
 
+#include <chrono>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -146,12 +147,78 @@ struct ImportRequest {
     std::vector<TransferEntry> entries;
 };
 
+/// How this home stands to the cloud.
+struct CloudView {
+    bool connected = false;
+    std::string url;
+    std::string container;
+    /// The name of the zone, once it is known to be there.
+    std::optional<std::string> zone;
+    std::size_t unsent = 0;
+    std::optional<quendokit::Date> lastUpload;
+    std::optional<quendokit::Date> lastDownload;
+    std::optional<std::string> lastError;
+};
+
+struct CloudConnected {
+    std::string url;
+    std::string container;
+};
+
+/// Checks the account, then remembers it. What was connected before is forgotten.
+struct CloudConnectRequest {
+    using Answer = CloudConnected;
+    std::string url;
+    std::string container;
+    std::string environment;
+    std::string apiToken;
+    std::string webToken;
+    std::chrono::seconds patience;
+};
+
+struct CloudStatusRequest {
+    using Answer = CloudView;
+};
+
+struct CloudDisconnected {};
+
+/// Forgets the account; reminders stay.
+struct CloudDisconnectRequest {
+    using Answer = CloudDisconnected;
+};
+
+struct SyncAnswer {
+    /// What the cloud has confirmed, deletions too.
+    std::vector<std::string> uploaded;
+    /// What reached the store.
+    std::size_t received = 0;
+    std::size_t deleted = 0;
+};
+
+/// Uploads what is unsent, then downloads.
+struct SyncRequest {
+    using Answer = SyncAnswer;
+    std::chrono::seconds patience;
+};
+
+struct HealthView {
+    /// The reminder that comes next.
+    std::optional<ReminderView> next;
+    CloudView cloud;
+};
+
+struct StatusRequest {
+    using Answer = HealthView;
+};
+
 using Request = std::variant<AddRequest, ListRequest, ShowRequest, EditRequest, PostponeRequest, SeenRequest,
                              DeleteRequest, StatsRequest, ClearRequest, PresetsRequest, ActionsRequest, OptionsRequest,
-                             SetOptionRequest, ResetOptionsRequest, ExportRequest, ImportRequest>;
+                             SetOptionRequest, ResetOptionsRequest, ExportRequest, ImportRequest, CloudConnectRequest,
+                             CloudStatusRequest, CloudDisconnectRequest, SyncRequest, StatusRequest>;
 
 using Response =
     std::variant<ReminderView, std::vector<ReminderView>, SeenAnswer, quendokit::ReminderStats, ClearAnswer,
-                 PresetsView, std::vector<ActionView>, OptionsView, std::vector<TransferEntry>, ImportAnswer>;
+                 PresetsView, std::vector<ActionView>, OptionsView, std::vector<TransferEntry>, ImportAnswer,
+                 CloudConnected, CloudView, CloudDisconnected, SyncAnswer, HealthView>;
 
 }  // namespace quendo

@@ -8,6 +8,7 @@
 #include "apps/quendo/identifiers.hpp"
 #include "apps/quendo/locale_folder.hpp"
 #include "apps/quendo/log_file.hpp"
+#include "apps/quendo/session_cloud_internal.hpp"
 #include "apps/quendo/session_internal.hpp"
 #include "hostkit/guarded_user_defaults.hpp"
 #include "hostkit/intent_journal.hpp"
@@ -60,7 +61,12 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
     options.organisationPrefix = "quendo";
     options.patience = patience;
     options.onFailure = [record](const quendokit::Error& error) { record->note(error); };
-    auto services = quendokit::makeLinuxPlatform(std::move(options)).services;
+    auto cloud = std::make_unique<Cloud>(folders);
+    if (cloud->account) {
+        options.CloudContainerIdentifier = cloud->account->container;
+    }
+    auto linuxPlatform = quendokit::makeLinuxPlatform(std::move(options));
+    auto services = std::move(linuxPlatform.services);
     // The settings are read while they are made. What was damaged then may be mended by now.
     std::optional<Failure> settingsFailure;
     if (const auto found = record->takeFailure()) {
@@ -71,22 +77,31 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
         }
     }
     services.standardOutput = std::make_shared<LogFile>(folders.log());
+    services.systemLog = services.standardOutput;
     services.userDefaults = std::make_shared<quendokit::GuardedUserDefaults>(
         services.userDefaults, quendokit::SettingsGuardOptions{true, warn});
-    auto session = std::unique_ptr<Session>(new Session(std::move(lock).value(), folders, record, std::move(services)));
+    cloud->install(services);
+    auto session = std::unique_ptr<Session>(new Session(std::move(lock).value(), folders, record, std::move(cloud),
+                                                        std::move(linuxPlatform.mainLoop), std::move(services)));
     session->warn_ = std::move(warn);
     session->settingsFailure_ = std::move(settingsFailure);
     return session;
 }
 
-Session::Session(LockFile lock, Folders folders, std::shared_ptr<Record> record, quendokit::platform::Services services)
+Session::Session(LockFile lock, Folders folders, std::shared_ptr<Record> record, std::unique_ptr<Cloud> cloud,
+                 std::shared_ptr<quendokit::EventLoop> mainLoop, quendokit::platform::Services services)
     : lock_(std::move(lock)),
       folders_(std::move(folders)),
       record_(std::move(record)),
+      cloud_(std::move(cloud)),
+      mainLoop_(std::move(mainLoop)),
       services_(std::move(services)),
       scheduler_(std::make_shared<NotingScheduler>()) {}
 
-Session::~Session() = default;
+Session::~Session() {
+    // Nothing of the cloud's thread comes any more while the rest ends.
+    cloud_->connection.reset();
+}
 
 Outcome<Response> Session::execute(const Request& request) {
     if (settingsFailure_) {
@@ -142,7 +157,7 @@ std::optional<Failure> Session::openDatabase() {
         return failureOf(journal.error());
     }
     realm_ = std::move(realm).value();
-    controller_ = quendokit::ReminderController::create(scheduler_, realm_, nullptr, nullptr);
+    controller_ = quendokit::ReminderController::create(scheduler_, realm_, nullptr, manager_);
     twoSteps_ = std::make_unique<quendokit::TwoStepChanges>(controller_, std::move(journal).value());
     return std::nullopt;
 }

@@ -2,6 +2,7 @@
 /// \file
 /// `Session`, the one place that works on the reminders.
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -15,7 +16,9 @@
 #include "quendokit/platform/services.hpp"
 
 namespace quendokit {
+class EventLoop;
 class Realm;
+class ReminderSyncManager;
 class TwoStepChanges;
 }  // namespace quendokit
 
@@ -36,9 +39,11 @@ public:
 
 private:
     struct Record;
+    struct Cloud;
     class NotingScheduler;
 
-    Session(LockFile lock, Folders folders, std::shared_ptr<Record> record, quendokit::platform::Services services);
+    Session(LockFile lock, Folders folders, std::shared_ptr<Record> record, std::unique_ptr<Cloud> cloud,
+            std::shared_ptr<quendokit::EventLoop> mainLoop, quendokit::platform::Services services);
 
     // session_reminders.cpp
     [[nodiscard]] Outcome<ReminderView> perform(const AddRequest& request);
@@ -57,6 +62,15 @@ private:
     [[nodiscard]] Outcome<OptionsView> perform(const OptionsRequest& request);
     [[nodiscard]] Outcome<OptionsView> perform(const SetOptionRequest& request);
     [[nodiscard]] Outcome<OptionsView> perform(const ResetOptionsRequest& request);
+    // session_cloud.cpp
+    [[nodiscard]] Outcome<CloudConnected> perform(const CloudConnectRequest& request);
+    [[nodiscard]] Outcome<CloudView> perform(const CloudStatusRequest& request);
+    [[nodiscard]] Outcome<CloudDisconnected> perform(const CloudDisconnectRequest& request);
+    [[nodiscard]] Outcome<HealthView> perform(const StatusRequest& request);
+    [[nodiscard]] Outcome<CloudView> cloudView();
+    // session_sync.cpp
+    [[nodiscard]] Outcome<SyncAnswer> perform(const SyncRequest& request);
+    [[nodiscard]] Outcome<SyncAnswer> sync(std::chrono::seconds patience);
     // session_transfer.cpp
     [[nodiscard]] Outcome<std::vector<TransferEntry>> perform(const ExportRequest& request);
     [[nodiscard]] Outcome<ImportAnswer> perform(const ImportRequest& request);
@@ -68,6 +82,8 @@ private:
     /// fails: finished later, it would undo newer changes.
     [[nodiscard]] std::optional<Failure> openToChange();
     [[nodiscard]] std::optional<Failure> openDatabase();
+    /// The same with a sync manager, for a session that has not opened it.
+    [[nodiscard]] std::optional<Failure> openToSync();
     [[nodiscard]] std::optional<Failure> finishLeftovers();
 
     /// What went wrong with the files since the last call; the engine itself reports no errors.
@@ -93,9 +109,13 @@ private:
     std::function<void(const std::string&)> warn_;
     std::optional<Failure> settingsFailure_;
     std::shared_ptr<Record> record_;
+    std::unique_ptr<Cloud> cloud_;
+    std::shared_ptr<quendokit::EventLoop> mainLoop_;
     quendokit::platform::ScopedInstall services_;
     std::shared_ptr<NotingScheduler> scheduler_;
     std::shared_ptr<quendokit::Realm> realm_;
+    /// Only of a session that syncs.
+    std::shared_ptr<quendokit::ReminderSyncManager> manager_;
     std::shared_ptr<quendokit::ReminderController> controller_;
     std::unique_ptr<quendokit::TwoStepChanges> twoSteps_;
 };

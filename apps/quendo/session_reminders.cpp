@@ -3,8 +3,10 @@
 
 #include <utility>
 
+#include "apps/quendo/session_cloud_internal.hpp"
 #include "apps/quendo/session_internal.hpp"
 #include "quendokit/platform/realm.hpp"
+#include "quendokit/platform/user_defaults.hpp"
 #include "quendokit/store/reminder_controller_internal.hpp"
 
 namespace quendo {
@@ -88,6 +90,8 @@ Outcome<ClearAnswer> Session::perform(const ClearRequest&) {
     if (auto failure = takeFailure()) {
         return *std::move(failure);
     }
+    // With the next sync all of them are read anew.
+    quendokit::UserDefaults::standard().remove(Cloud::tokenKey);
     controller_->clearRealm();
     if (auto failure = takeFailure()) {
         return *std::move(failure);

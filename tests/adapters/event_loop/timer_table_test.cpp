@@ -181,6 +181,16 @@ TEST_F(TimerTables, KeepNothingAfterTheirEnd) {
     EXPECT_EQ(kept.use_count(), 1);
 }
 
+TEST_F(TimerTables, EndTimersWhoseTargetKeepsThem) {
+    const auto keeps = std::make_shared<std::shared_ptr<Timer>>();
+    const std::weak_ptr<std::shared_ptr<Timer>> target = keeps;
+    *keeps = Timer::create(1h, [keeps](Timer&) {}, false);
+    table.add(*keeps, now);
+    table.end();
+    EXPECT_FALSE((*keeps)->isValid());
+    EXPECT_EQ(target.use_count(), 1);
+}
+
 TEST_F(TimerTables, MayEndBeforeTheirTimers) {
     const auto timer = make(1h);
     {

@@ -60,6 +60,8 @@ protected:
                 options.erase("--help");
             }
         }
+        // Does nothing without one of its own.
+        commands.erase("cloud");
         return commands;
     }
 
@@ -97,9 +99,13 @@ protected:
         for (const std::string& command : offered("''")) {
             commands[command] = offered(command + " --");
         }
-        for (const std::string& verb : offered("options ''")) {
-            commands["options " + verb] = offered("options " + verb + " --");
+        for (const std::string command : {"options", "cloud"}) {
+            for (const std::string& verb : offered(command + " ''")) {
+                const std::string whole = command + ' ' + verb;
+                commands[whole] = offered(whole + " --");
+            }
         }
+        commands.erase("cloud");
         for (auto& [command, options] : commands) {
             if (!command.empty()) {
                 for (const std::string& everywhere : commands.at("")) {

@@ -1,0 +1,172 @@
+/// \file
+/// Connecting to the cloud, and how this home stands to it.
+
+#include <utility>
+
+#include "adapters/event_loop/event_loop.hpp"
+#include "apps/quendo/session_cloud_internal.hpp"
+#include "apps/quendo/session_internal.hpp"
+#include "quendokit/platform/ck_error.hpp"
+#include "quendokit/platform/user_defaults.hpp"
+#include "quendokit/store/reminder_controller_internal.hpp"
+
+namespace quendo {
+namespace {
+
+constexpr const char* zoneName = "Reminder Zone";
+
+/// Keeps a token for as long as an account is tried.
+class TriedToken final : public quendokit::WebTokenStore {
+public:
+    explicit TriedToken(std::string token) : token_(std::move(token)) {}
+
+    [[nodiscard]] std::optional<std::string> webToken() const override {
+        const std::lock_guard lock(mutex_);
+        return token_;
+    }
+    void keep(const std::string& token) override {
+        const std::lock_guard lock(mutex_);
+        token_ = token;
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::string token_;
+};
+
+}  // namespace
+
+class Session::Cloud::Containers final : public quendokit::CKContainerProvider {
+public:
+    explicit Containers(const Cloud& cloud) : cloud_(cloud) {}
+
+    [[nodiscard]] std::shared_ptr<quendokit::CKDatabase> privateCloudDatabase(std::string_view identifier) override {
+        return cloud_.connection ? cloud_.connection->containers()->privateCloudDatabase(identifier) : nullptr;
+    }
+
+private:
+    const Cloud& cloud_;
+};
+
+Session::Cloud::Cloud(const Folders& folders)
+    : file(folders.account()), account(file.account()), record(folders.syncRecord()) {}
+
+void Session::Cloud::install(quendokit::platform::Services& services) {
+    if (!account) {
+        return;
+    }
+    guards = std::make_shared<quendokit::GuardedContainerProvider>(std::make_shared<Containers>(*this),
+                                                                   quendokit::CloudGuardOptions());
+    gate = quendokit::TokenGate::create(services.userDefaults, tokenKey, services.mainQueue);
+    services.userDefaults = gate;
+    services.containerProvider = guards;
+}
+
+Outcome<CloudConnected> Session::perform(const CloudConnectRequest& request) {
+    quendokit::WebAccount account;
+    account.url = request.url;
+    account.container = request.container;
+    account.environment = request.environment;
+    account.apiToken = request.apiToken;
+    const auto token = std::make_shared<TriedToken>(request.webToken);
+    auto connection = CloudConnection::open(account, token, [](const std::string&) {});
+    if (!connection) {
+        return connection.failure();
+    }
+    // Any answer to a question about the zone shows that the tokens are good.
+    std::optional<std::optional<quendokit::Error>> answer;
+    const auto question =
+        std::make_shared<quendokit::CKFetchRecordZonesOperation>(std::vector{quendokit::CKRecordZoneID{zoneName}});
+    question->fetchRecordZonesCompletion = [&answer, loop = mainLoop_](const auto&, const auto& error) {
+        loop->async([&answer, error] { answer = error; });
+    };
+    connection.value()->containers()->privateCloudDatabase(account.container)->add(question);
+    if (!mainLoop_->runUntil([&] { return answer.has_value(); }, request.patience)) {
+        connection.value().reset();
+        return Failure{ExitCode::cloud, "the cloud at " + account.url + " has not answered within " +
+                                            std::to_string(request.patience.count()) +
+                                            " seconds; see that it is reachable and try again"};
+    }
+    if (*answer) {
+        return failureOf(**answer);
+    }
+    connection.value().reset();
+    if (cloud_->account && (cloud_->account->url != account.url || cloud_->account->container != account.container ||
+                            cloud_->account->environment != account.environment)) {
+        // What was read of another cloud says nothing about this one.
+        quendokit::UserDefaults::standard().remove(Cloud::tokenKey);
+        cloud_->record.forget();
+    }
+    cloud_->file.remember(account, token->webToken().value_or(request.webToken));
+    if (auto failure = cloud_->file.takeFailure()) {
+        return *std::move(failure);
+    }
+    return CloudConnected{account.url, account.container};
+}
+
+Outcome<CloudView> Session::perform(const CloudStatusRequest&) {
+    if (auto failure = openToRead()) {
+        return *std::move(failure);
+    }
+    return cloudView();
+}
+
+Outcome<CloudView> Session::cloudView() {
+    CloudView view;
+    for (const auto& items : {controller_->remindersToUpload(), controller_->remindersToDelete()}) {
+        view.unsent += items ? items->size() : 0;
+    }
+    if (auto failure = takeFailure()) {
+        return *std::move(failure);
+    }
+    if (auto failure = cloud_->file.takeFailure()) {
+        return *std::move(failure);
+    }
+    if (cloud_->account) {
+        view.connected = true;
+        view.url = cloud_->account->url;
+        view.container = cloud_->account->container;
+        view.lastUpload = cloud_->record.lastUpload();
+        view.lastDownload = cloud_->record.lastDownload();
+        view.lastError = cloud_->record.lastError();
+        if (view.lastDownload) {
+            view.zone = zoneName;
+        }
+    }
+    return view;
+}
+
+Outcome<CloudDisconnected> Session::perform(const CloudDisconnectRequest&) {
+    if (!cloud_->account) {
+        return Failure{ExitCode::notDone, "no cloud is connected"};
+    }
+    cloud_->file.forget();
+    if (auto failure = cloud_->file.takeFailure()) {
+        return *std::move(failure);
+    }
+    quendokit::UserDefaults::standard().remove(Cloud::tokenKey);
+    cloud_->record.forget();
+    if (auto failure = takeFailure()) {
+        return *std::move(failure);
+    }
+    return CloudDisconnected();
+}
+
+Outcome<HealthView> Session::perform(const StatusRequest&) {
+    if (auto failure = openToRead()) {
+        return *std::move(failure);
+    }
+    HealthView health;
+    auto upcoming = views({{quendokit::ReminderList::upcoming}, false, std::nullopt});
+    if (!upcoming.empty()) {
+        health.next = std::move(upcoming.front());
+    }
+    auto cloud = cloudView();
+    if (!cloud) {
+        return cloud.failure();
+    }
+    health.cloud = std::move(cloud).value();
+    return health;
+}
+
+}  // namespace quendo

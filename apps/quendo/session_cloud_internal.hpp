@@ -1,0 +1,40 @@
+#pragma once
+/// \file
+/// What a session has for the cloud.
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "apps/quendo/cloud/account.hpp"
+#include "apps/quendo/cloud/connection.hpp"
+#include "apps/quendo/cloud/sync_record.hpp"
+#include "apps/quendo/session.hpp"
+#include "hostkit/guarded_container_provider.hpp"
+#include "hostkit/token_gate.hpp"
+
+namespace quendo {
+
+/// The account, if there is one, and what stands between it and the engine. The connection is opened by whoever syncs.
+struct Session::Cloud {
+    /// Where the engine keeps how far it has read the zone.
+    static constexpr const char* tokenKey = "quendo.sync.change-token";
+
+    explicit Cloud(const Folders& folders);
+
+    /// Puts itself into `services`, if there is an account.
+    void install(quendokit::platform::Services& services);
+
+    /// Asks for the databases of the connection, when it is there.
+    class Containers;
+
+    AccountFile file;
+    std::optional<quendokit::WebAccount> account;
+    SyncRecord record;
+    std::unique_ptr<CloudConnection> connection;
+    std::shared_ptr<quendokit::GuardedContainerProvider> guards;
+    std::shared_ptr<quendokit::TokenGate> gate;
+};
+
+}  // namespace quendo

@@ -1,0 +1,111 @@
+/// \file
+/// One whole sync.
+
+#include <memory>
+#include <utility>
+
+#include "adapters/event_loop/event_loop.hpp"
+#include "apps/quendo/session_cloud_internal.hpp"
+#include "apps/quendo/session_internal.hpp"
+#include "hostkit/intent_journal.hpp"
+#include "hostkit/sync_driver.hpp"
+#include "hostkit/two_step_changes.hpp"
+#include "quendokit/platform/realm.hpp"
+#include "quendokit/sync/reminder_record.hpp"
+#include "quendokit/sync/reminder_sync_manager.hpp"
+
+namespace quendo {
+
+using quendokit::Error;
+
+std::optional<Failure> Session::openToSync() {
+    auto connection = CloudConnection::open(
+        *cloud_->account, cloud_->file.tokens(),
+        [log = quendokit::platform::services().standardOutput](const std::string& line) { log->writeLine(line); });
+    if (!connection) {
+        return connection.failure();
+    }
+    cloud_->connection = std::move(connection).value();
+    // Manager and controller are made in one turn of the loop: no page finds the manager without a store.
+    manager_ = quendokit::ReminderSyncManager::create(cloud_->account->clientID);
+    if (auto failure = openDatabase()) {
+        return failure;
+    }
+    return finishLeftovers();
+}
+
+Outcome<SyncAnswer> Session::perform(const SyncRequest& request) {
+    if (!cloud_->account) {
+        return Failure{ExitCode::notDone, "no cloud is connected; connect one with quendo cloud connect"};
+    }
+    auto answer = sync(request.patience);
+    cloud_->record.ended(answer ? std::nullopt : std::optional(answer.failure().line));
+    return answer;
+}
+
+Outcome<SyncAnswer> Session::sync(std::chrono::seconds patience) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    const auto rest = [&] {
+        return std::max<std::chrono::nanoseconds>(end - std::chrono::steady_clock::now(), std::chrono::seconds(0));
+    };
+    if (auto failure = openToSync()) {
+        return *std::move(failure);
+    }
+    SyncAnswer answer;
+    std::optional<Error> uploadError;
+    std::optional<Error> downloadError;
+    std::optional<Error> waits;
+    const auto guard = cloud_->guards->database(cloud_->account->container);
+    guard->setTokenGate(cloud_->gate);
+    quendokit::SyncDriverEvents events;
+    events.uploadEnded = [&](const std::optional<Error>& error) { uploadError = error; };
+    events.downloadEnded = [&](const std::optional<Error>& error) { downloadError = error; };
+    events.waits = [&](const Error& error, std::chrono::nanoseconds) { waits = error; };
+    events.reports = [&](const std::string& line) { warn_(line); };
+    events.confirmed = [&](const std::vector<std::string>& ids) {
+        answer.uploaded.insert(answer.uploaded.end(), ids.begin(), ids.end());
+    };
+    events.received = [&](const std::vector<quendokit::CKRecord>& records,
+                          const std::vector<quendokit::CKRecordID>& deleted) {
+        for (const auto& record : records) {
+            answer.received += quendokit::makeReminderStruct(record) ? 1 : 0;
+        }
+        answer.deleted += deleted.size();
+    };
+    const auto driver = quendokit::SyncDriver::create(manager_, guard, {}, std::move(events));
+    const auto timeIsUp = [&] {
+        const std::string why = waits ? ": " + waits->description : "";
+        return Failure{ExitCode::cloud, "the sync was not done within " + std::to_string(patience.count()) +
+                                            " seconds" + why + "; what is unsent stays and goes with the next one"};
+    };
+    // At first the manager looks for its zone, and makes it.
+    if (!mainLoop_->runUntil([&] { return manager_->zoneExists() || guard->isIdle(); }, rest())) {
+        return timeIsUp();
+    }
+    if (!manager_->zoneExists()) {
+        return downloadError ? failureOf(*downloadError)
+                             : Failure{ExitCode::cloud, "the cloud did not make a zone for the reminders; see " +
+                                                            folders_.log().string()};
+    }
+    // An upload goes before it.
+    manager_->remoteSync();
+    if (!mainLoop_->runUntil([&] { return guard->isIdle(); }, rest())) {
+        return timeIsUp();
+    }
+    // What the last changes have queued: the token that is kept behind them.
+    static_cast<void>(mainLoop_->runUntil([] { return false; }, std::chrono::nanoseconds(0)));
+    if (auto failure = takeFailure()) {
+        return *std::move(failure);
+    }
+    for (const auto& error : {uploadError, downloadError}) {
+        if (error) {
+            return failureOf(*error);
+        }
+    }
+    const auto now = quendokit::platform::clock().now();
+    cloud_->record.uploaded(now);
+    cloud_->record.downloaded(now);
+    return answer;
+}
+
+}  // namespace quendo
