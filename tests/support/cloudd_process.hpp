@@ -11,10 +11,9 @@
 #include <utility>
 #include <vector>
 
+#include <nlohmann/json.hpp>
 #include <sys/prctl.h>
 #include <sys/wait.h>
-
-#include <nlohmann/json.hpp>
 
 #include "tests/support/program.hpp"
 #include "tests/support/temporary_folder.hpp"
