@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "adapters/cloudkit_web/item_failures_internal.hpp"
@@ -8,6 +10,15 @@ namespace {
 /// Failed because another item of the same request did.
 bool isFollower(const ServerFailure& failure) {
     return failure.code == "ATOMIC_ERROR";
+}
+
+/// Whether an item fails so whatever stands in it: another time, or once the person has done something, it is taken.
+bool isNoFaultOfAnItem(const Error& error) {
+    constexpr std::array codes{CKErrorCode::zoneNotFound,       CKErrorCode::zoneBusy,
+                               CKErrorCode::serviceUnavailable, CKErrorCode::requestRateLimited,
+                               CKErrorCode::quotaExceeded,      CKErrorCode::notAuthenticated,
+                               CKErrorCode::permissionFailure};
+    return std::any_of(codes.begin(), codes.end(), [&](CKErrorCode code) { return isCKError(error, code); });
 }
 
 }  // namespace
@@ -28,8 +39,7 @@ std::optional<Error> ItemFailures::error(bool ownCodes) const {
         return std::nullopt;
     }
     const Error own = errorOf(first_->failure);
-    // A zone that is gone is no fault of the items in it.
-    if ((ownCodes && itemCount_ == 1) || isCKError(own, CKErrorCode::zoneNotFound)) {
+    if ((ownCodes && itemCount_ == 1) || isNoFaultOfAnItem(own)) {
         Error error = own;
         error.description = kind_ + " " + asPartOfALine(first_->name) + ": " + own.description;
         return error;

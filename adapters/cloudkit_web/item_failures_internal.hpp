@@ -22,7 +22,8 @@ public:
     /// Nothing that can be read was said about that item.
     void addUnanswered(const std::string& name);
 
-    /// A `partialFailure` that says how many failed. With `ownCodes`, a request of one item fails as that item did.
+    /// A `partialFailure` that says how many failed; the first item's own error when that is no fault of the item, as
+    /// when the zone is busy. With `ownCodes`, a request of one item fails as that item did.
     [[nodiscard]] std::optional<Error> error(bool ownCodes) const;
 
 private:

@@ -90,7 +90,7 @@ TEST_F(WebDatabaseExchange, AZoneOfWhichNothingIsKnownIsAnError) {
     transport->run();
     transport->answer(200, R"({"zones":[{"zoneID":{"zoneName":"Errands"}},
         {"zoneID":{"zoneName":"Busy"},"serverErrorCode":"TRY_AGAIN_LATER","retryAfter":1}]})");
-    expectCode(failure, CKErrorCode::partialFailure);
+    expectCode(failure, CKErrorCode::serviceUnavailable);
     EXPECT_EQ(failure->retryAfter, 1.0);
 }
 
@@ -132,7 +132,7 @@ TEST_F(WebDatabaseExchange, ZonesAreMadeAndRemoved) {
     add();
     transport->answer(200, R"({"zones":[{"zoneID":{"zoneName":"Errands"},"serverErrorCode":"QUOTA_EXCEEDED"},
         {"zoneID":{"zoneName":"Old"},"deleted":true}]})");
-    expectCode(failure, CKErrorCode::partialFailure);
+    expectCode(failure, CKErrorCode::quotaExceeded);
     EXPECT_TRUE(made && made->empty());
     EXPECT_EQ(removed, std::vector{old});
 }
@@ -275,10 +275,18 @@ TEST_F(WebDatabaseExchange, AFailedItemInASuccessIsToldByTheNameOfTheOffender) {
     EXPECT_TRUE(uploaded.saved && uploaded.saved->empty());
 }
 
-TEST_F(WebDatabaseExchange, AZoneThatIsGoneIsNoFaultOfARecord) {
-    upload({errand("A1")}, {});
-    transport->answer(200, R"({"records":[{"recordName":"A1","serverErrorCode":"ZONE_NOT_FOUND"}]})");
-    expectCode(uploaded.error, CKErrorCode::zoneNotFound);
+TEST_F(WebDatabaseExchange, WhatIsNoFaultOfARecordIsToldAsItIs) {
+    for (const auto& [said, code] : {std::pair("ZONE_NOT_FOUND", CKErrorCode::zoneNotFound),
+                                     std::pair("TRY_AGAIN_LATER", CKErrorCode::serviceUnavailable),
+                                     std::pair("THROTTLED", CKErrorCode::requestRateLimited),
+                                     std::pair("QUOTA_EXCEEDED", CKErrorCode::quotaExceeded),
+                                     std::pair("AUTHENTICATION_FAILED", CKErrorCode::notAuthenticated)}) {
+        upload({errand("A1"), errand("A2")}, {});
+        transport->answer(200, R"({"records":[{"recordName":"A1","serverErrorCode":")" + std::string(said) +
+                                   R"(","retryAfter":4},{"recordName":"A2","serverErrorCode":"ATOMIC_ERROR"}]})");
+        expectCode(uploaded.error, code);
+        EXPECT_EQ(uploaded.error->retryAfter, 4.0);
+    }
 }
 
 TEST_F(WebDatabaseExchange, WhatTheAnswerLeavesOutIsNotConfirmed) {
