@@ -73,6 +73,14 @@ Result<Accounts> Accounts::open(const std::filesystem::path& dataFolder, const c
     return Accounts(std::move(key).value(), std::move(connection).value());
 }
 
+Result<Accounts> Accounts::openCopy(const std::filesystem::path& copy, const TokenKey& key) {
+    auto connection = openDatabase(copy, accountsKind, IfMissing::refuse);
+    if (!connection) {
+        return connection.error();
+    }
+    return Accounts(key, std::move(connection).value());
+}
+
 Result<bool> Accounts::insertDevice(std::string_view userId, std::string_view name, const DeviceTokens& tokens) {
     const StatementUse insert(
         *connection_,

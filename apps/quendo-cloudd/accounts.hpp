@@ -53,6 +53,8 @@ public:
 
     [[nodiscard]] static Result<Accounts> open(const std::filesystem::path& dataFolder,
                                                const char* fileSystem = defaultFileSystem);
+    /// A copy of a data folder's accounts.
+    [[nodiscard]] static Result<Accounts> openCopy(const std::filesystem::path& copy, const TokenKey& key);
 
     /// Absent when there is a user of that name already. `id` is 32 fresh hexadecimal digits.
     [[nodiscard]] Result<std::optional<DeviceTokens>> addUser(std::string_view name, std::string_view id);

@@ -14,6 +14,7 @@ using nlohmann::json;
 
 /// A page ends behind the record with which it grows beyond that.
 constexpr std::size_t pageBytes = 4'000'000;
+constexpr std::int64_t recordsAtATime = 16;
 
 /// What a client wants of a feed.
 struct FeedRequest {
@@ -65,15 +66,20 @@ struct Page {
     bool moreComing = false;
 };
 
+bool isWanted(const StoredRecord& record, const FeedRequest& request) {
+    return record.deleted || !request.types ||
+           std::find(request.types->begin(), request.types->end(), record.type) != request.types->end();
+}
+
 Reply<Page> readPage(Call& call, const Zone& zone, std::int64_t since, const FeedRequest& request) {
     Page page;
     page.reached = since;
-    std::size_t bytes = 0;
-    std::int64_t count = 0;
     page.moreComing = true;
+    std::size_t bytes = 0;
+    std::int64_t left = request.limit;
     // In small steps: a record may be a megabyte.
-    while (count < request.limit && bytes < pageBytes && page.moreComing) {
-        const std::int64_t step = std::min<std::int64_t>(request.limit - count, 16);
+    while (page.moreComing && left > 0 && bytes < pageBytes) {
+        const std::int64_t step = std::min(left, recordsAtATime);
         auto records = call.store.changedRecords(zone, page.reached, step + 1);
         if (!records) {
             return records.error();
@@ -83,12 +89,13 @@ Reply<Page> readPage(Call& call, const Zone& zone, std::int64_t since, const Fee
             records.value().pop_back();
         }
         for (const StoredRecord& record : records.value()) {
+            if (bytes >= pageBytes) {
+                page.moreComing = true;
+                break;
+            }
             page.reached = record.sequence;
-            ++count;
-            const bool isWanted =
-                record.deleted || !request.types ||
-                std::find(request.types->begin(), request.types->end(), record.type) != request.types->end();
-            if (isWanted) {
+            --left;
+            if (isWanted(record, request)) {
                 page.records.push_back(recordJson(record, zone.name, call.user, request.choice));
                 bytes += record.fields.size();
             }

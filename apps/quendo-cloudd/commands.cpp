@@ -1,5 +1,6 @@
 #include "apps/quendo-cloudd/commands.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <utility>
@@ -7,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/quendo-cloudd/accounts.hpp"
+#include "apps/quendo-cloudd/backup.hpp"
 #include "apps/quendo-cloudd/data_folder.hpp"
 #include "apps/quendo-cloudd/serve.hpp"
 #include "apps/quendo-cloudd/user_store.hpp"
@@ -196,12 +198,38 @@ Outcome<Output> CommandRunner::operator()(const TokenRotateArguments& arguments)
     return tokensOutput(json_, arguments.name, arguments.device, *tokens.value());
 }
 
-quendo::Outcome<Output> CommandRunner::operator()(const BackupArguments&) const {
-    return Failure{ExitCode::notDone, "backup is not here yet"};
+Outcome<Output> CommandRunner::operator()(const BackupArguments& arguments) const {
+    if (auto failure = prepareDataFolder(data_, IfAbsent::refuse)) {
+        return *std::move(failure);
+    }
+    if (auto failure = backUp(data_, arguments.file)) {
+        return *std::move(failure);
+    }
+    return Output{json_ ? ordered_json{{"backup", arguments.file}}.dump(2)
+                        : "Everything is in " + quendo::escapedText(arguments.file) + "."};
 }
 
-quendo::Outcome<Output> CommandRunner::operator()(const CheckArguments&) const {
-    return Failure{ExitCode::notDone, "check is not here yet"};
+Outcome<Output> CommandRunner::operator()(const CheckArguments&) const {
+    if (auto failure = prepareDataFolder(data_, IfAbsent::refuse)) {
+        return *std::move(failure);
+    }
+    auto findings = check(data_);
+    if (!findings) {
+        return findings.failure();
+    }
+    Output output;
+    ordered_json list = ordered_json::array();
+    for (const Finding& finding : findings.value()) {
+        list.push_back({{"check", finding.check}, {"ok", finding.ok}, {"detail", finding.detail}});
+        output.text += (output.text.empty() ? "" : "\n") + std::string(finding.ok ? "ok      " : "FAILED  ") +
+                       finding.check + (finding.ok ? "" : ": " + quendo::escapedText(finding.detail));
+        // Damage outweighs everything else.
+        output.code = std::max(output.code, finding.code);
+    }
+    if (json_) {
+        output.text = list.dump(2);
+    }
+    return output;
 }
 
 }  // namespace cloudd

@@ -10,6 +10,8 @@ namespace {
 
 using nlohmann::json;
 
+constexpr std::size_t mostAnswerBytes = 16'000'000;
+
 Reply<ZoneReference> zoneOfRequest(const Call& call) {
     auto zone = memberZoneID(call.body, call.user);
     if (!zone) {
@@ -153,6 +155,7 @@ Reply<json> lookUpRecords(Call& call) {
         return zoneNotFound();
     }
     json list = json::array();
+    std::size_t bytes = 0;
     for (const json& entry : *wanted.value()) {
         auto name = optionalText(entry, "recordName");
         auto ownChoice = readFieldChoice(entry, choice.value());
@@ -168,6 +171,10 @@ Reply<json> lookUpRecords(Call& call) {
             return record.error();
         }
         const bool isThere = record.value() && !record.value()->deleted;
+        bytes += isThere ? record.value()->fields.size() : 0;
+        if (bytes > mostAnswerBytes) {
+            return badRequest("the answer would be larger than 16 MB; look up fewer records at a time");
+        }
         list.push_back(isThere ? recordJson(*record.value(), reference.value().name, call.user, ownChoice.value())
                                : recordErrorJson(*name.value(), {ErrorCode::notFound, "Record not found"}));
     }

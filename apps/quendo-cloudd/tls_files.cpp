@@ -1,7 +1,9 @@
 #include "apps/quendo-cloudd/tls_files.hpp"
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -21,6 +23,13 @@ Failure fileFailure(const std::string& file, int number) {
     return {ExitCode::notDone, file + ": " + std::generic_category().message(number) + "; name a file in PEM"};
 }
 
+/// Files that the service manager hands over are open to the service alone, by an access list that shows as group
+/// rights.
+bool isHandedOver(const std::string& file) {
+    const char* folder = std::getenv("CREDENTIALS_DIRECTORY");
+    return folder != nullptr && std::filesystem::path(file).parent_path() == std::filesystem::path(folder);
+}
+
 Outcome<std::string> contents(const std::string& file, bool isSecret) {
     const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
@@ -29,7 +38,7 @@ Outcome<std::string> contents(const std::string& file, bool isSecret) {
     struct stat status{};
     std::string text;
     int number = fstat(descriptor, &status) == 0 ? 0 : errno;
-    const bool isOpenToOthers = (status.st_mode & (S_IRWXG | S_IRWXO)) != 0;
+    const bool isOpenToOthers = (status.st_mode & (S_IRWXG | S_IRWXO)) != 0 && !isHandedOver(file);
     if (number == 0 && (!S_ISREG(status.st_mode) || status.st_size > mostBytes)) {
         number = EINVAL;
     }
