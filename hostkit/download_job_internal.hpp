@@ -2,6 +2,7 @@
 /// \file
 /// `DownloadJob`, one page of changes, read by a guard.
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -35,6 +36,8 @@ public:
     /// Tells the engine that there is nothing new since `token`: another download does its work.
     void finishForAnother(const std::optional<CKServerChangeToken>& token);
 
+    /// Before an attempt.
+    void beginWith(const std::optional<CKServerChangeToken>& token) { operation_->previousServerChangeToken = token; }
     /// Begins anew with that token; what is on its way counts for nothing.
     void restart(std::optional<CKServerChangeToken> token);
     [[nodiscard]] bool needsAnother(const std::optional<Error>& error) override;
@@ -45,6 +48,8 @@ public:
 
     /// Whether an upload was put before it.
     bool hadItsUpload = false;
+    /// How many downloads had ended when it was asked for.
+    std::uint64_t downloadsBefore = 0;
 
 private:
     const std::shared_ptr<CKFetchRecordChangesOperation> operation_;

@@ -71,6 +71,7 @@ void GuardedCloudDatabase::writeFailed() {
     }
     gate_->writeFailed();
     const auto token = gate_->durableToken();
+    lastTokens_.clear();
     const auto restart = [&](const Job& job) {
         if (auto* const download = dynamic_cast<DownloadJob*>(job.get())) {
             download->restart(token);
@@ -165,6 +166,7 @@ void GuardedCloudDatabase::enqueueUpload(const std::shared_ptr<UploadJob>& uploa
 }
 
 void GuardedCloudDatabase::enqueueDownload(const std::shared_ptr<DownloadJob>& download) {
+    download->downloadsBefore = downloads_;
     if (options_.oneAtATime && download->isReady()) {
         // The later one has the newer token. While there is no network, one that waits is enough.
         const auto waiting = std::find_if(queue_.begin(), queue_.end(), [&](const Job& job) {
@@ -191,6 +193,9 @@ void GuardedCloudDatabase::advance() {
         if (download != nullptr && uploadBefore(*download)) {
             // The queue has changed.
             continue;
+        }
+        if (download != nullptr) {
+            beginWhereTheLastEnded(*download);
         }
         const Job job = std::move(*next);
         queue_.erase(next);
@@ -220,6 +225,14 @@ bool GuardedCloudDatabase::uploadBefore(DownloadJob& job) {
     enqueueUpload(
         std::make_shared<UploadJob>(mainQueue_, std::move(operation), options_, *quarantine_, events_.reports), true);
     return true;
+}
+
+void GuardedCloudDatabase::beginWhereTheLastEnded(DownloadJob& job) const {
+    const auto last = lastTokens_.find(job.operation().recordZoneID);
+    const bool wasAskedForEarlier = job.downloadsBefore != downloads_;
+    if (options_.oneAtATime && wasAskedForEarlier && last != lastTokens_.end()) {
+        job.beginWith(last->second);
+    }
 }
 
 void GuardedCloudDatabase::attempt(const Job& job) {
@@ -318,6 +331,9 @@ void GuardedCloudDatabase::deliver(DownloadJob& download) {
         events_.received(records, deleted);
     }
     const std::optional<Error> error = page.error;
+    ++downloads_;
+    // The engine keeps the one and erases the other.
+    lastTokens_.insert_or_assign(download.operation().recordZoneID, error ? std::nullopt : page.token);
     download.finish();
     isQueued(std::move(names));
     if (events_.downloadEnded) {

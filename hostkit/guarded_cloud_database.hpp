@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
@@ -92,6 +93,8 @@ private:
     void advance();
     /// Puts an upload before the download `job`, if there is something unsent. Once a download.
     [[nodiscard]] bool uploadBefore(DownloadJob& job);
+    /// A download that was asked for while another one was on its way does not read the same once more.
+    void beginWhereTheLastEnded(DownloadJob& job) const;
     void attempt(const Job& job);
     void attempted(const Job& job, const std::optional<Error>& error);
     void finish(const Job& job);
@@ -120,6 +123,10 @@ private:
     std::map<std::string, std::size_t> queued_;
     /// The tags of what this process has uploaded.
     std::map<std::string, std::string> uploadedTags_;
+    /// Where the last download of each zone ended; absent when it failed.
+    std::map<CKRecordZoneID, std::optional<CKServerChangeToken>> lastTokens_;
+    /// How many downloads have ended.
+    std::uint64_t downloads_ = 0;
     std::shared_ptr<Timer> waitTimer_;
     std::optional<Error> waitsBecause_;
     int failures_ = 0;

@@ -111,6 +111,10 @@ private:
 EventLoop::EventLoop() : state_(std::make_unique<State>()) {}
 
 EventLoop::~EventLoop() {
+    end();
+}
+
+void EventLoop::end() {
     std::deque<Task> dropped;
     {
         const std::lock_guard lock(state_->mutex);

@@ -50,6 +50,10 @@ public:
     /// What has not run waits for the run after it. Several calls until a run ends count as one. Any thread.
     void stop();
 
+    /// Ends the loop for good, as its destructor does: invalidates its timers, lets go of the tasks that have not run,
+    /// and keeps no later ones. For hosts whose tasks and timers hold the loop themselves.
+    void end();
+
     /// Whether the calling thread is the loop's. Any thread.
     [[nodiscard]] bool isOnItsThread() const;
 

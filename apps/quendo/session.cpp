@@ -4,6 +4,7 @@
 #include <chrono>
 #include <utility>
 
+#include "adapters/event_loop/event_loop.hpp"
 #include "adapters/linux/linux_platform.hpp"
 #include "apps/quendo/identifiers.hpp"
 #include "apps/quendo/locale_folder.hpp"
@@ -101,6 +102,8 @@ Session::Session(LockFile lock, Folders folders, std::shared_ptr<Record> record,
 Session::~Session() {
     // Nothing of the cloud's thread comes any more while the rest ends.
     cloud_->connection.reset();
+    // What waits there holds the loop, by the services.
+    mainLoop_->end();
 }
 
 Outcome<Response> Session::execute(const Request& request) {

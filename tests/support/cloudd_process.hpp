@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <thread>
@@ -29,26 +30,38 @@ public:
         std::string web;
     };
 
-    explicit ClouddProcess(std::string program) : program_(std::move(program)) {
+    /// Serves at once.
+    explicit ClouddProcess(std::string program) : program_(std::move(program)) { start(); }
+    ClouddProcess(const ClouddProcess&) = delete;
+    ClouddProcess& operator=(const ClouddProcess&) = delete;
+    ~ClouddProcess() { stop(); }
+
+    /// Serves again, at the same address as before.
+    void start() {
         const std::string portFile = (folder_.path() / "port").string();
+        std::filesystem::remove(portFile);
+        const std::string address = "127.0.0.1:" + (port_.empty() ? std::string("0") : port_);
         process_ = fork();
         if (process_ == 0) {
             // Also when the test is killed.
             prctl(PR_SET_PDEATHSIG, SIGKILL);
-            execl(program_.c_str(), program_.c_str(), "serve", "--data", data().c_str(), "--listen", "127.0.0.1:0",
+            execl(program_.c_str(), program_.c_str(), "serve", "--data", data().c_str(), "--listen", address.c_str(),
                   "--port-file", portFile.c_str(), static_cast<char*>(nullptr));
             _exit(127);
         }
-        for (int i = 0; i < 1'000 && port_.empty(); ++i) {
-            std::ifstream(portFile) >> port_;
+        std::string port;
+        for (int i = 0; i < 1'000 && port.empty(); ++i) {
+            std::ifstream(portFile) >> port;
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
+        port_ = port;
     }
-    ClouddProcess(const ClouddProcess&) = delete;
-    ClouddProcess& operator=(const ClouddProcess&) = delete;
-    ~ClouddProcess() {
-        kill(process_, SIGTERM);
-        waitpid(process_, nullptr, 0);
+    /// Asks it to end, and waits for that.
+    void stop() {
+        if (process_ > 0) {
+            kill(process_, SIGTERM);
+            waitpid(std::exchange(process_, -1), nullptr, 0);
+        }
     }
 
     [[nodiscard]] std::string url() const { return "http://127.0.0.1:" + port_; }
@@ -57,6 +70,8 @@ public:
     [[nodiscard]] Tokens addDevice(const std::string& user, const std::string& device) const {
         return tokens({"device", "add", user, device});
     }
+    /// Voids the tokens of the user's first device.
+    void rotate(const std::string& user) const { static_cast<void>(tokens({"token", "rotate", user})); }
 
 private:
     [[nodiscard]] std::string data() const { return (folder_.path() / "data").string(); }
