@@ -1,6 +1,6 @@
 /// \file
-/// Listing, looking up and counting, beside raw SQLite with cached statements on the same file; and `main` for these
-/// and for the changes. Names are WORK/WHO/RECORDS IN THE FILE.
+/// Listing, looking up and counting, beside raw SQLite with cached statements on the same file; and `main` for these,
+/// the changes and the passes. Names are WORK/WHO/RECORDS IN THE FILE.
 
 #include "bench/store_files.hpp"
 #include "quendokit/store/reminder_controller.hpp"
@@ -27,27 +27,6 @@ void askEngine(benchmark::State& state, Question question) {
     const auto controller = ReminderController::create(nullptr, openRealm(filled(state).file));
     for (auto _ : state) {
         benchmark::DoNotOptimize(question(*controller));
-    }
-}
-
-/// Asks for what has to be sent where all is confirmed.
-void unsentRaw(benchmark::State& state) {
-    const Copy copy(static_cast<int>(state.range(0)));
-    RawStore raw(copy.file.string());
-    raw.confirmAll();
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(raw.unsent(false));
-        benchmark::DoNotOptimize(raw.unsent(true));
-    }
-}
-
-void unsentEngine(benchmark::State& state) {
-    const Copy copy(static_cast<int>(state.range(0)));
-    RawStore(copy.file.string()).confirmAll();
-    const auto controller = ReminderController::create(nullptr, openRealm(copy.file));
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(controller->remindersToUpload());
-        benchmark::DoNotOptimize(controller->remindersToDelete());
     }
 }
 
@@ -105,8 +84,6 @@ BENCHMARK(countRaw)->Name("count/raw")->Apply(sizes)->Unit(us);
 BENCHMARK(countEngine)->Name("count/quendokit")->Apply(sizes)->Unit(us);
 BENCHMARK(anyRaw)->Name("any at all/raw")->Apply(sizes)->Unit(us);
 BENCHMARK(anyEngine)->Name("any at all/quendokit")->Apply(sizes)->Unit(us);
-BENCHMARK(unsentRaw)->Name("nothing unsent/raw")->Apply(sizes)->Unit(us);
-BENCHMARK(unsentEngine)->Name("nothing unsent/quendokit")->Apply(sizes)->Unit(us);
 
 }  // namespace
 }  // namespace quendokit::bench

@@ -24,7 +24,8 @@ class Timer;
 /// The host makes one, gives it to its `ReminderController` in the same turn of the main loop, and tells it of pushes.
 /// Holds the database, and weakly its store. What completes after the manager is gone does nothing more than log. A
 /// polling manager lives on: its timer, which the main run loop keeps, holds it. Main thread, except where it says
-/// "Any thread."; completions come on the database's threads.
+/// "Any thread."; completions come on the database's threads, and hold manager and store while they use them: whoever
+/// lets go of them meanwhile lets them end there.
 class QUENDOKIT_EXPORT ReminderSyncManager : public std::enable_shared_from_this<ReminderSyncManager> {
     struct PrivateTag {};
 

@@ -76,13 +76,14 @@ void Person::change(SimulatedDevice& device, const std::string& id) {
     const std::uint64_t choice = random_.below(10);
     const double ahead = random_.between(60, 3 * secondsOfDay);
     const std::string title = "Title " + std::to_string(++titles_);
-    device.act([&](ReminderController& controller, ReminderSyncManager&) {
+    // It may have to wait for its turn; what is expected then is what was said.
+    device.change(id, [&expected, id, choice, ahead, title](ReminderController& controller) {
         const auto stored = controller.reminder(id);
         if (!stored) {
             // It got lost earlier: there is nothing to act on.
             return;
         }
-        const ReminderStruct& before = expected.reminder;
+        const ReminderStruct before = expected.reminder;
         if (choice < 2) {
             controller.delete_(*stored);
             expected.deleted = true;

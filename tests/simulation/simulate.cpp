@@ -1,11 +1,11 @@
 /// \file
 /// Runs simulations of many seeds, as long as one likes, and prints what came of them.
 ///
-///     simulate FIRST-SEED COUNT [DAYS]
+///     simulate FIRST-SEED COUNT [DAYS [protected]]
 
 #include <cstdio>
 #include <cstdlib>
-#include <string>
+#include <string_view>
 
 #include "tests/simulation/seeded_options.hpp"
 #include "tests/simulation/simulated_world.hpp"
@@ -13,7 +13,7 @@
 int main(int count, char** arguments) {
     using namespace quendokit::simulation;
     if (count < 3) {
-        std::fprintf(stderr, "usage: simulate FIRST-SEED COUNT [DAYS]\n");
+        std::fprintf(stderr, "usage: simulate FIRST-SEED COUNT [DAYS [protected]]\n");
         return 64;
     }
     const std::uint64_t first = std::strtoull(arguments[1], nullptr, 10);
@@ -23,6 +23,10 @@ int main(int count, char** arguments) {
         SimulationOptions options = optionsOf(seed);
         if (count > 3) {
             options.days = std::strtod(arguments[3], nullptr);
+        }
+        if (count > 4 && arguments[4] == std::string_view("protected")) {
+            options.protections.emplace();
+            options.replaysDeletions = true;
         }
         const SimulationResult result = simulate(options);
         std::printf("%s: %s, hash %016llx\n", describe(options).c_str(), describe(result).c_str(),

@@ -3,6 +3,9 @@
 #include <cstdio>
 #include <utility>
 
+#include "hostkit/guarded_container_provider.hpp"
+#include "hostkit/sync_driver.hpp"
+#include "hostkit/token_gate.hpp"
 #include "quendokit/platform/fatal_error.hpp"
 #include "quendokit/platform/realm.hpp"
 #include "quendokit/platform/timer.hpp"
@@ -59,6 +62,22 @@ public:
 private:
     std::vector<std::weak_ptr<Timer>> timers_;
 };
+
+/// Lets a watcher see what the engine asks of a database.
+class WatchedDatabases final : public CKContainerProvider {
+public:
+    WatchedDatabases(std::shared_ptr<SyncWatcher> watcher, std::shared_ptr<CKContainerProvider> provider)
+        : watcher_(std::move(watcher)), provider_(std::move(provider)) {}
+    [[nodiscard]] std::shared_ptr<CKDatabase> privateCloudDatabase(std::string_view identifier) override {
+        return watcher_->watch(provider_->privateCloudDatabase(identifier));
+    }
+
+private:
+    const std::shared_ptr<SyncWatcher> watcher_;
+    const std::shared_ptr<CKContainerProvider> provider_;
+};
+
+constexpr const char* container = "iCloud.net.example.reminders";
 
 }  // namespace
 
@@ -123,7 +142,9 @@ public:
         database->setFaults(device.settings_.faults);
         database->setPushHandler([this](const CKSubscription&) {
             mainQueue->async([this] {
-                if (manager) {
+                if (driver) {
+                    driver->pushed();
+                } else if (manager) {
                     manager->remoteSync();
                 }
             });
@@ -131,7 +152,17 @@ public:
         services.notificationCenter = center;
         services.runLoopProvider = loop;
         services.mainQueue = mainQueue;
-        services.containerProvider = std::make_shared<testing::OneCloudDatabase>(watcher->watch(database));
+        std::shared_ptr<CKContainerProvider> containers = std::make_shared<testing::OneCloudDatabase>(database);
+        const auto& protections = device.settings_.protections;
+        if (protections) {
+            guards = std::make_shared<GuardedContainerProvider>(containers, protections->guard);
+            containers = guards;
+        }
+        if (protections && protections->tokenGate) {
+            gate = TokenGate::create(services.userDefaults, "net.example.reminders.sync.change-token", mainQueue);
+            services.userDefaults = gate;
+        }
+        services.containerProvider = std::make_shared<WatchedDatabases>(watcher, std::move(containers));
     }
 
     const Instant startedAt;
@@ -141,8 +172,11 @@ public:
     std::shared_ptr<SimulatedQueue> mainQueue;
     std::shared_ptr<SyncWatcher> watcher;
     platform::Services services;
+    std::shared_ptr<GuardedContainerProvider> guards;
+    std::shared_ptr<TokenGate> gate;
     std::shared_ptr<Host> host;
     std::shared_ptr<ReminderSyncManager> manager;
+    std::shared_ptr<SyncDriver> driver;
     std::shared_ptr<ReminderController> controller;
 };
 
@@ -186,7 +220,7 @@ platform::Services SimulatedDevice::durableServices() const {
     services.standardOutput = std::make_shared<LoggingSink>(surroundings_.log, "");
     services.systemLog = std::make_shared<LoggingSink>(surroundings_.log, "NSLog ");
     services.AppIdentifier = "net.example.reminders";
-    services.CloudContainerIdentifier = "iCloud.net.example.reminders";
+    services.CloudContainerIdentifier = container;
     services.FrameworkBundleIdentifier = "net.example.quendokit";
     services.organisationPrefix = "net.example";
     return services;
@@ -209,6 +243,14 @@ void SimulatedDevice::start() {
     process_->manager = ReminderSyncManager::create(settings_.name, settings_.method);
     process_->controller = ReminderController::create(process_->host, Realm::open(QuendoKitConfig()).value(),
                                                       process_->host, process_->manager);
+    if (process_->guards) {
+        const auto guard = process_->guards->database(container);
+        guard->attach(process_->manager);
+        guard->setTokenGate(process_->gate);
+        if (settings_.protections->syncDriver) {
+            process_->driver = SyncDriver::create(process_->manager, guard);
+        }
+    }
 }
 
 void SimulatedDevice::crash() {
@@ -217,6 +259,7 @@ void SimulatedDevice::crash() {
     process_->watcher->processEnds();
     process_->network->clear();
     process_->mainQueue->clear();
+    process_->driver.reset();
     process_->controller.reset();
     process_->manager.reset();
     surroundings_.installation->leave();
@@ -281,6 +324,23 @@ void SimulatedDevice::act(const std::function<void(ReminderController&, Reminder
     }
     enter();
     action(*process_->controller, *process_->manager);
+}
+
+void SimulatedDevice::change(const std::string& id, const std::function<void(ReminderController&)>& change) {
+    act([&](ReminderController& controller, ReminderSyncManager&) {
+        if (process_->guards) {
+            process_->guards->database(container)->perform({id}, [&controller, change] { change(controller); });
+        } else {
+            change(controller);
+        }
+    });
+}
+
+void SimulatedDevice::resume() {
+    enter();
+    if (process_->driver) {
+        process_->driver->resumed();
+    }
 }
 
 std::optional<ReminderStruct> SimulatedDevice::reminder(const std::string& id) {

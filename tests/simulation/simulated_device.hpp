@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "hostkit/cloud_guard_options.hpp"
 #include "quendokit/platform/services.hpp"
 #include "quendokit/store/reminder_controller.hpp"
 #include "quendokit/sync/reminder_sync_manager.hpp"
@@ -44,6 +45,13 @@ private:
     std::optional<platform::ScopedInstall> installed_;
 };
 
+/// What a host puts around the engine so that nothing gets lost.
+struct Protections {
+    CloudGuardOptions guard;
+    bool tokenGate = true;
+    bool syncDriver = true;
+};
+
 /// What devices have in common.
 struct Surroundings {
     std::shared_ptr<testing::InMemoryCloud> cloud = std::make_shared<testing::InMemoryCloud>();
@@ -55,7 +63,7 @@ struct Surroundings {
 };
 
 /// One device: the database, the settings and the clock, which outlive a process; and the process, with services of its
-/// own that are installed around each of its events, and a plain host that sets everything up and downloads when it is
+/// own that are installed around each of its events, and a host that sets everything up and downloads when it is
 /// pushed. It logs the engine's lines, what scheduler and delegate are told, and the posts. One thread.
 class SimulatedDevice {
 public:
@@ -68,6 +76,8 @@ public:
         /// What becomes of the next request; it succeeds when absent.
         testing::InMemoryCloudDatabase::Faults faults = {};
         std::uint64_t seed = 0;
+        /// Absent: a plain host.
+        std::optional<Protections> protections = {};
     };
 
     static constexpr const char* zoneName = "Reminder Zone";
@@ -97,6 +107,10 @@ public:
 
     /// What the person or the host does, on the main thread. Fatal if the process does not run.
     void act(const std::function<void(ReminderController&, ReminderSyncManager&)>& action);
+    /// The same for a change of a stored reminder, which waits for its turn where there is a guard.
+    void change(const std::string& id, const std::function<void(ReminderController&)>& change);
+    /// The network is back.
+    void resume();
     [[nodiscard]] std::optional<ReminderStruct> reminder(const std::string& id);
     /// What is stored, with its flags, by id; also while the process does not run.
     [[nodiscard]] std::vector<ReminderItem> stored();

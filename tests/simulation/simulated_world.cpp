@@ -75,6 +75,10 @@ private:
         };
         settings.mainLatency = [this] { return seconds(random_.chance(0.05) ? random_.between(0, 0.2) : 0); };
         settings.faults = [this, index] { return fault(states_[index]); };
+        settings.protections = options_.protections;
+        if (settings.protections) {
+            settings.protections->guard.jitter = [this] { return random_.fraction(); };
+        }
         return std::make_unique<SimulatedDevice>(std::move(settings), surroundings_);
     }
 
@@ -149,6 +153,9 @@ private:
         } else if (personActs && options_.offlineSpells && state.nextSpell <= now) {
             state.offline = !state.offline;
             state.nextSpell = now + seconds(random_.until(state.offline ? 1800 : secondsOfDay / 6));
+            if (!state.offline) {
+                device.resume();
+            }
         } else {
             device.runNextEvent();
         }
@@ -268,6 +275,7 @@ std::string describe(const SimulationOptions& options) {
     text += options.lostRequests ? ", lost requests" : "";
     text += options.crashes ? ", crashes" : "";
     text += options.expiredTokens ? ", expired tokens" : "";
+    text += options.protections ? ", protected" : "";
     text += options.bursts ? "" : ", no bursts";
     text += options.crashAtEvent > 0 ? ", crash at event " + std::to_string(options.crashAtEvent) : "";
     text += options.replaysDeletions ? ", replayed deletions" : "";

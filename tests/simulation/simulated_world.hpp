@@ -5,10 +5,12 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tests/simulation/hazard.hpp"
+#include "tests/simulation/simulated_device.hpp"
 
 namespace quendokit::simulation {
 
@@ -30,6 +32,8 @@ struct SimulationOptions {
     std::size_t crashAtEvent = 0;
     /// Whether the server tells of deletions from the beginning.
     bool replaysDeletions = false;
+    /// What hosts put around the engine; absent: nothing.
+    std::optional<Protections> protections = {};
     /// Keeps the lines, for a person to read.
     bool keepsLog = false;
 };

@@ -99,22 +99,51 @@ TEST(Simulation, AServerThatRemembersDeletionsLeavesNoGhostOfThatKind) {
     EXPECT_EQ(total.ghosts, 0U) << describe(total);
 }
 
+TEST(Simulation, ProtectedDevicesLoseNothing) {
+    SimulationResult total;
+    for (std::uint64_t seed = 1; seed <= 6; ++seed) {
+        SimulationOptions options = withAllFaults(seed);
+        options.actionsPerDay = 200;
+        options.days = 0.3;
+        options.replaysDeletions = true;
+        options.protections.emplace();
+        const SimulationResult result = simulate(options);
+        expectSound(options, result);
+        EXPECT_EQ(result.wrong + result.ghosts, 0U) << describe(options) << ": " << describe(result);
+        add(total, result);
+    }
+    std::printf("%.0f device-days: %s\n", total.deviceDays, describe(total).c_str());
+    EXPECT_GT(total.crashes, 20U);
+}
+
 /// One crash at every event of a small world, one after the other: none of it is left to chance.
-TEST(Simulation, SurvivesACrashAtAnyEvent) {
-    SimulationOptions options;
+SimulationResult crashAtEveryEvent(SimulationOptions options) {
     options.seed = 11;
     options.devices = 2;
-    options.days = 0.001;
-    options.actionsPerDay = 8'000;
+    options.days = 0.0006;
+    options.actionsPerDay = 12'000;
     const std::size_t events = simulate(options).events;
-    std::size_t crashes = 0;
+    SimulationResult total;
     for (std::size_t event = 1; event <= events; ++event) {
         options.crashAtEvent = event;
         const SimulationResult result = simulate(options);
         expectSound(options, result);
-        crashes += result.crashes;
+        add(total, result);
     }
-    EXPECT_GT(crashes, 50U);
+    return total;
+}
+
+TEST(Simulation, PlainDevicesExplainWhatACrashAtAnyEventLoses) {
+    EXPECT_GT(crashAtEveryEvent({}).crashes, 50U);
+}
+
+TEST(Simulation, ProtectedDevicesLoseNothingByACrashAtAnyEvent) {
+    SimulationOptions options;
+    options.replaysDeletions = true;
+    options.protections.emplace();
+    const SimulationResult total = crashAtEveryEvent(options);
+    EXPECT_GT(total.crashes, 50U);
+    EXPECT_EQ(total.wrong + total.ghosts, 0U) << describe(total);
 }
 
 }  // namespace

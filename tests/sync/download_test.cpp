@@ -1,8 +1,25 @@
+#include <functional>
+
 #include "quendokit/sync/reminder_record.hpp"
 #include "tests/support/sync_fixture.hpp"
 
 namespace quendokit::testing {
 namespace {
+
+/// Answers nothing, and calls back when it is given an operation.
+class LookingDatabase final : public CKDatabase {
+public:
+    void add(std::shared_ptr<CKDatabaseOperation>) override {
+        if (onAdd) {
+            onAdd();
+        }
+    }
+    void fetch(const std::string&, SubscriptionCompletion) override {}
+    void save(const CKSubscription&, SubscriptionCompletion) override {}
+    void fetchAllSubscriptions(SubscriptionsCompletion) override {}
+
+    std::function<void()> onAdd;
+};
 
 class Downloading : public SyncFixture {
 protected:
@@ -37,6 +54,18 @@ TEST_F(Downloading, BeginsWhenAStoreIsSetWhateverStoreThereWas) {
     manager->setReminderStore(nullptr);
     EXPECT_EQ(taken(), Lines{});
     EXPECT_EQ(manager->reminderStore(), nullptr);
+}
+
+TEST_F(Downloading, BeginsOnlyWhenTheStoreIsThereForACloudThatIsQuick) {
+    const auto looking = std::make_shared<LookingDatabase>();
+    platform::Services services = platform::services();
+    services.containerProvider = std::make_shared<OneCloudDatabase>(looking);
+    const platform::ScopedInstall installed(std::move(services));
+    const auto quick = ReminderSyncManager::create("this device");
+    std::shared_ptr<ReminderStore> seen;
+    looking->onAdd = [&] { seen = quick->reminderStore(); };
+    quick->setReminderStore(store);
+    EXPECT_EQ(seen, store);
 }
 
 TEST_F(Downloading, HoldsTheStoreWeakly) {
@@ -128,6 +157,17 @@ TEST_F(Downloading, AnErrorGoesToTheSystemsLogAsItStandsAndForgetsTheToken) {
     EXPECT_FALSE(hasToken());
     manager->remoteSync();
     EXPECT_EQ(taken(), Lines{"download from the beginning"});
+}
+
+TEST_F(Downloading, PostsWhenTheTokenIsKeptAndBeforeAnErrorForgetsIt) {
+    std::vector<bool> hadToken;
+    const auto observer = center->addObserver(ReminderSync::Notification::DidFinishRemoteSync,
+                                              [&](const Notification&) { hadToken.push_back(hasToken()); });
+    download()->fetchRecordChangesCompletion(token("T1"), std::nullopt, std::nullopt);
+    download()->fetchRecordChangesCompletion(std::nullopt, std::nullopt, error("Offline."));
+    center->removeObserver(observer);
+    EXPECT_EQ(hadToken, (std::vector{true, true}));
+    EXPECT_FALSE(hasToken());
 }
 
 TEST_F(Downloading, AnErrorAfterTheManagerIsGoneKeepsTheToken) {

@@ -1,3 +1,4 @@
+#include "quendokit/sync/log_internal.hpp"
 #include "tests/support/sync_fixture.hpp"
 
 namespace quendokit::testing {
@@ -20,6 +21,17 @@ TEST_F(SyncLog, AHookThatReadsNothingChangesNothing) {
     make(SyncMethod::polling);
     answerZone(false, error("Offline."));
     EXPECT_EQ(messages, 2);
+}
+
+TEST_F(SyncLog, ATextThatNobodyReadsIsNotMade) {
+    int made = 0;
+    const LogMessage message = [&] { return std::to_string(++made); };
+    setLogFunc([](const LogMessage&) {});
+    Log(message);
+    EXPECT_EQ(made, 0);
+    setLogFunc({});
+    Log(message);
+    EXPECT_EQ(taken(), Lines{"1"});
 }
 
 }  // namespace

@@ -44,6 +44,11 @@ TEST(ReminderRecords, OfTheMacHoldTheEpochAndOne) {
     EXPECT_EQ(*record.object("internal_device"), CKRecordValue(CKNumber(std::int64_t{1})));
 }
 
+TEST(ReminderRecords, AreMadeInTheZoneThatIsGiven) {
+    const CKRecordZoneID other{"Other Zone", "another person"};
+    EXPECT_EQ(makeCKRecord(datedItem("a", Date(5)), other)->recordID(), (CKRecordID{"a", other}));
+}
+
 TEST(ReminderRecords, OfAnyDateComeBack) {
     for (const double seconds : {1'795'302'000.25, 0.5, -1.0, -62'135'596'800.0, 253'402'300'799.0, 1e15}) {
         const auto back = makeReminderStruct(recordOf(datedItem("a", Date(seconds))));

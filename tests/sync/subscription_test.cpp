@@ -131,6 +131,37 @@ TEST_F(Subscribing, AFailedListingGivesUp) {
     EXPECT_EQ(taken(), Lines{"💥 Failed to retrieve subscriptions: Offline."});
 }
 
+TEST_F(Subscribing, AListingThatComesWithAnErrorGivesUpToo) {
+    failToSave();
+    trace->clear();
+    answerListing(std::vector{named("one")}, error("Partial failure."));
+    EXPECT_EQ(taken(), Lines{"💥 Failed to retrieve subscriptions: Partial failure."});
+    EXPECT_EQ(cloud->operationCount(), 0U);
+}
+
+TEST_F(Subscribing, AWipeTakesSubscriptionsOfOtherZonesToo) {
+    failToSave();
+    trace->clear();
+    answerListing(std::vector{CKSubscription{CKRecordZoneID{"Other Zone"}, "theirs"}, named("ours")});
+    EXPECT_EQ(taken(), Lines{"delete subscriptions theirs ours"});
+}
+
+TEST_F(Subscribing, AWipeThatComesWithAnErrorCountsAsFailed) {
+    failToSave();
+    answerListing(std::vector{named("one")});
+    trace->clear();
+    answerWipe(std::vector<std::string>{"one"}, error("Partial failure."));
+    EXPECT_EQ(taken(), Lines{"💥 Failed to delete subscriptions: Partial failure."});
+    EXPECT_TRUE(cloud->subscriptionFetches.empty());
+}
+
+TEST_F(Subscribing, ASaveThatComesWithAnErrorCountsAsFailed) {
+    answerFetch(std::nullopt);
+    trace->clear();
+    answerSave(named("Reminder Subscription"), error("Quota."));
+    EXPECT_EQ(taken(), (Lines{"Failed to subscribe for updates: Quota.", "fetch all subscriptions"}));
+}
+
 TEST_F(Subscribing, AFailedWipeGivesUpAndMayBeTriedAgain) {
     make(SyncMethod::push);
     cloud->subscriptionFetches.clear();

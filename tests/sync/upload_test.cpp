@@ -82,6 +82,14 @@ TEST_F(Uploading, OfDeletionsAloneSavesAnEmptyList) {
     EXPECT_TRUE(operation->recordsToSave->empty());
 }
 
+TEST_F(Uploading, OfSavesAloneDeletesAnEmptyList) {
+    offer({"a"}, {});
+    const auto operation = upload();
+    ASSERT_TRUE(operation);
+    ASSERT_TRUE(operation->recordIDsToDelete);
+    EXPECT_TRUE(operation->recordIDsToDelete->empty());
+}
+
 TEST_F(Uploading, AnAbsentListStaysAbsent) {
     offer({"a"}, {});
     store->toDelete.reset();
@@ -109,6 +117,13 @@ TEST_F(Uploading, ConfirmsInTheOrderThatComesBack) {
     offer({"A", "B"}, {});
     upload()->modifyRecordsCompletion(std::vector{record("B"), record("A")}, std::nullopt, std::nullopt);
     EXPECT_EQ(taken(), (Lines{"🌤 Uploaded: B", "🌤 Uploaded: A", "did sync B A", didFinish}));
+}
+
+TEST_F(Uploading, ConfirmsDeletedOnesWithoutAListOfSavedOnes) {
+    offer({}, {"C", "D"});
+    upload()->modifyRecordsCompletion(std::nullopt, std::vector<CKRecordID>{{"D", zoneID}, {"C", zoneID}},
+                                      std::nullopt);
+    EXPECT_EQ(taken(), (Lines{"🌤 Uploaded: D", "🌤 Uploaded: C", "did sync D C", didFinish}));
 }
 
 TEST_F(Uploading, ThatConfirmsNothingTellsNoStoreAndPosts) {

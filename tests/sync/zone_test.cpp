@@ -113,6 +113,24 @@ TEST_F(PreparingTheZone, SavedZonesWithoutOursLeaveItUnknown) {
     EXPECT_EQ(manager->pollingTimer(), nullptr);
 }
 
+TEST_F(PreparingTheZone, AnEmptyListOfSavedZonesLeavesItUnknownToo) {
+    make(SyncMethod::polling);
+    answerZone(false);
+    trace->clear();
+    answerCreation(std::vector<CKRecordZone>());
+    EXPECT_EQ(taken(), Lines{"☁️ Reminder zone created"});
+    EXPECT_FALSE(manager->zoneExists());
+}
+
+TEST_F(PreparingTheZone, SavedZonesThatComeWithAnErrorAreNotTaken) {
+    make(SyncMethod::polling);
+    answerZone(false);
+    trace->clear();
+    answerCreation(std::vector{CKRecordZone{zoneID}}, error("Partial failure."));
+    EXPECT_EQ(taken(), Lines{"☁️ Failed to create reminder zone: Partial failure."});
+    EXPECT_FALSE(manager->zoneExists());
+}
+
 TEST_F(PreparingTheZone, NeitherZonesNorAnErrorIsNothing) {
     make(SyncMethod::polling);
     answerZone(false);

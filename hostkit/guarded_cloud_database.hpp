@@ -1,0 +1,126 @@
+#pragma once
+/// \file
+/// `GuardedCloudDatabase`, a cloud database between which and the engine no change gets lost.
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "hostkit/cloud_guard_options.hpp"
+#include "quendokit/platform/ck_database.hpp"
+#include "quendokit/platform/export.hpp"
+
+namespace quendokit {
+
+class CloudJob;
+struct CloudJobParts;
+class DispatchQueue;
+class DownloadJob;
+class ReminderStore;
+class ReminderSyncManager;
+class Timer;
+class TokenGate;
+class UploadJob;
+class UploadQuarantine;
+
+/// Hands operations on to another database when their turn has come, and its answers back to the engine, all on the
+/// main queue: what the engine queues there in answer runs before whatever is asked for later.
+///
+/// The engine's rules stay as they are; this decides what it gets to see, and when. Made by `GuardedContainerProvider`.
+/// `add`, `fetch`, `save` and `fetchAllSubscriptions` on any thread, everything else on the main thread.
+class QUENDOKIT_EXPORT GuardedCloudDatabase final : public CKDatabase,
+                                                    public std::enable_shared_from_this<GuardedCloudDatabase> {
+    struct PrivateTag {};
+
+public:
+    /// Shares `database`. Uses the installed main queue and the main run loop.
+    [[nodiscard]] static std::shared_ptr<GuardedCloudDatabase> create(std::shared_ptr<CKDatabase> database,
+                                                                      CloudGuardOptions options);
+    GuardedCloudDatabase(PrivateTag tag, std::shared_ptr<CKDatabase> database, CloudGuardOptions options);
+    ~GuardedCloudDatabase() override;
+
+    /// Whose reminders these are: who is asked for an upload before a download, and for what is unsent. Held weakly.
+    void attach(const std::shared_ptr<ReminderSyncManager>& manager);
+    void setEvents(CloudGuardEvents events);
+    /// Who makes the change token durable; absent: nobody but the engine.
+    void setTokenGate(std::shared_ptr<TokenGate> gate);
+
+    /// Changes the reminders with these ids by `change`: now, unless something that the cloud said of one of them is
+    /// still queued; then behind it. An upload that holds one of them is taken back before: its completion is an error,
+    /// and everything in it stays unsent. The host makes every change of stored reminders through this.
+    void perform(std::vector<std::string> ids, std::function<void()> change);
+
+    /// A write of the reminders' database has failed: what was downloaded since the last durable token is downloaded
+    /// again, also what is on its way.
+    void writeFailed();
+
+    /// Tries again at once what waits for the network: there is one again.
+    void retryNow();
+
+    void add(std::shared_ptr<CKDatabaseOperation> operation) override;
+    void fetch(const std::string& subscriptionID, SubscriptionCompletion completion) override;
+    void save(const CKSubscription& subscription, SubscriptionCompletion completion) override;
+    void fetchAllSubscriptions(SubscriptionsCompletion completion) override;
+
+    /// How many operations are on their way, and how many wait for their turn.
+    [[nodiscard]] std::size_t runningCount() const noexcept { return running_.size(); }
+    [[nodiscard]] std::size_t waitingCount() const noexcept { return queue_.size(); }
+    /// Why it waits; absent when it does not.
+    [[nodiscard]] const std::optional<Error>& waitsBecause() const noexcept { return waitsBecause_; }
+
+private:
+    using Job = std::shared_ptr<CloudJob>;
+
+    [[nodiscard]] CloudJobParts parts();
+    /// Takes in on the main queue what `make` makes there. Any thread.
+    void arrive(std::function<Job()> make);
+    void takeIn();
+    void enqueue(Job job);
+    void enqueueUpload(const std::shared_ptr<UploadJob>& upload, bool first);
+    void enqueueDownload(const std::shared_ptr<DownloadJob>& download);
+    /// Starts what may start.
+    void advance();
+    /// Puts an upload before the download `job`, if there is something unsent. Once a download.
+    [[nodiscard]] bool uploadBefore(DownloadJob& job);
+    void attempt(const Job& job);
+    void attempted(const Job& job, const std::optional<Error>& error);
+    void finish(const Job& job);
+    void wait(const Error& error);
+
+    void deliver(UploadJob& upload);
+    void deliver(DownloadJob& download);
+    /// What was queued on the main queue up to now is about these.
+    void isQueued(std::vector<std::string> ids);
+    [[nodiscard]] std::set<std::string> unsentIDs() const;
+    [[nodiscard]] std::shared_ptr<ReminderStore> store() const;
+
+    const std::shared_ptr<CKDatabase> database_;
+    const CloudGuardOptions options_;
+    const std::shared_ptr<DispatchQueue> mainQueue_;
+    const std::unique_ptr<UploadQuarantine> quarantine_;
+    CloudGuardEvents events_;
+    std::weak_ptr<ReminderSyncManager> manager_;
+    std::shared_ptr<TokenGate> gate_;
+    std::mutex arrivingMutex_;
+    std::vector<std::function<Job()>> arriving_;
+    /// The next one first; those whose dependencies are not finished are passed over.
+    std::deque<Job> queue_;
+    std::vector<Job> running_;
+    /// How many tasks of the main queue are about an id.
+    std::map<std::string, std::size_t> queued_;
+    /// The tags of what this process has uploaded.
+    std::map<std::string, std::string> uploadedTags_;
+    std::shared_ptr<Timer> waitTimer_;
+    std::optional<Error> waitsBecause_;
+    int failures_ = 0;
+};
+
+}  // namespace quendokit

@@ -1,0 +1,158 @@
+#include "hostkit/sync_driver.hpp"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "hostkit/guarded_cloud_database.hpp"
+#include "quendokit/platform/run_loop.hpp"
+#include "quendokit/platform/timer.hpp"
+#include "quendokit/sync/reminder_sync_manager.hpp"
+
+namespace quendokit {
+
+std::shared_ptr<SyncDriver> SyncDriver::create(const std::shared_ptr<ReminderSyncManager>& manager,
+                                               const std::shared_ptr<GuardedCloudDatabase>& database,
+                                               SyncDriverOptions options, SyncDriverEvents events) {
+    auto driver = std::make_shared<SyncDriver>(PrivateTag(), manager, database, options, std::move(events));
+    driver->begin();
+    return driver;
+}
+
+SyncDriver::SyncDriver(PrivateTag, const std::shared_ptr<ReminderSyncManager>& manager,
+                       const std::shared_ptr<GuardedCloudDatabase>& database, SyncDriverOptions options,
+                       SyncDriverEvents events)
+    : manager_(manager), database_(database), options_(options), events_(std::move(events)) {}
+
+SyncDriver::~SyncDriver() {
+    for (const auto& timer : {safetyTimer_, retryTimer_, delayTimer_}) {
+        if (timer) {
+            timer->invalidate();
+        }
+    }
+}
+
+void SyncDriver::begin() {
+    const auto database = database_.lock();
+    const auto manager = manager_.lock();
+    if (!database || !manager) {
+        return;
+    }
+    database->attach(manager);
+    const auto weak = weak_from_this();
+    CloudGuardEvents events;
+    events.zoneAnswered = [weak] {
+        if (const auto self = weak.lock()) {
+            self->zoneAnswered();
+        }
+    };
+    events.uploadEnded = [weak](const std::optional<Error>& error) {
+        if (const auto self = weak.lock()) {
+            self->uploadEnded(error);
+        }
+    };
+    events.downloadEnded = [weak](const std::optional<Error>& error) {
+        if (const auto self = weak.lock()) {
+            self->downloadEnded(error);
+        }
+    };
+    events.waits = events_.waits;
+    events.reports = events_.reports;
+    database->setEvents(std::move(events));
+    arm(safetyTimer_, options_.safetyInterval, &SyncDriver::lookAgain, true);
+}
+
+void SyncDriver::pushed() {
+    if (const auto manager = manager_.lock()) {
+        manager->remoteSync();
+    }
+}
+
+void SyncDriver::resumed() {
+    if (const auto database = database_.lock()) {
+        database->retryNow();
+    }
+    lookAgain();
+}
+
+void SyncDriver::upload() {
+    if (const auto manager = manager_.lock()) {
+        manager->requireSync();
+    }
+}
+
+void SyncDriver::zoneAnswered() {
+    const auto manager = manager_.lock();
+    if (manager && manager->zoneExists()) {
+        // What was stored before could not be sent.
+        upload();
+    }
+}
+
+void SyncDriver::uploadEnded(const std::optional<Error>& error) {
+    if (delayTimer_) {
+        delayTimer_->invalidate();
+        delayTimer_ = nullptr;
+    }
+    if (error) {
+        const auto longest = options_.safetyInterval;
+        const auto wanted = options_.firstRetry * (1 << std::min(failedUploads_++, 10));
+        arm(retryTimer_, std::min<std::chrono::nanoseconds>(wanted, longest), &SyncDriver::upload, false);
+    } else {
+        failedUploads_ = 0;
+    }
+    if (events_.uploadEnded) {
+        events_.uploadEnded(error);
+    }
+}
+
+void SyncDriver::downloadEnded(const std::optional<Error>& error) {
+    // Each change that is stored puts the engine's upload off by a second.
+    if (!delayTimer_ || !delayTimer_->isValid()) {
+        delayTimer_ = Timer::create(
+            options_.longestDelay,
+            [weak = manager_](Timer& timer) {
+                if (const auto manager = weak.lock()) {
+                    manager->triggerSync(timer);
+                }
+            },
+            false);
+        RunLoop::main().add(delayTimer_, RunLoopMode::default_);
+    }
+    if (events_.downloadEnded) {
+        events_.downloadEnded(error);
+    }
+}
+
+void SyncDriver::lookAgain() {
+    const auto manager = manager_.lock();
+    if (!manager) {
+        return;
+    }
+    if (!manager->zoneExists()) {
+        if (events_.zoneStaysUnknown) {
+            events_.zoneStaysUnknown();
+        }
+        return;
+    }
+    manager->requireSync();
+    manager->remoteSync();
+}
+
+void SyncDriver::arm(std::shared_ptr<Timer>& timer, std::chrono::nanoseconds time, void (SyncDriver::*action)(),
+                     bool repeats) {
+    if (timer) {
+        timer->invalidate();
+    }
+    timer = Timer::create(
+        time,
+        [weak = weak_from_this(), action](Timer&) {
+            if (const auto self = weak.lock()) {
+                (*self.*action)();
+            }
+        },
+        repeats);
+    RunLoop::main().add(timer, RunLoopMode::default_);
+}
+
+}  // namespace quendokit

@@ -1,0 +1,187 @@
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+#include "hostkit/upload_job_internal.hpp"
+#include "quendokit/platform/ck_error.hpp"
+
+namespace quendokit {
+namespace {
+
+/// Whether the cloud refuses something in the request, not the request as such.
+bool isAboutAnItem(const Error& error) {
+    constexpr std::array codes{CKErrorCode::partialFailure,      CKErrorCode::invalidArguments,
+                               CKErrorCode::serverRecordChanged, CKErrorCode::serverRejectedRequest,
+                               CKErrorCode::batchRequestFailed,  CKErrorCode::limitExceeded};
+    return std::any_of(codes.begin(), codes.end(), [&](CKErrorCode code) { return isCKError(error, code); });
+}
+
+/// The second half of the list, taken out of it.
+template <typename Item>
+std::vector<Item> takeHalf(std::optional<std::vector<Item>>& list, std::size_t keep) {
+    const auto middle = list->begin() + static_cast<std::ptrdiff_t>(keep);
+    std::vector<Item> half(std::make_move_iterator(middle), std::make_move_iterator(list->end()));
+    list->erase(middle, list->end());
+    return half;
+}
+
+}  // namespace
+
+std::size_t UploadJob::Request::size() const {
+    return (records ? records->size() : 0) + (deletions ? deletions->size() : 0);
+}
+
+UploadJob::UploadJob(std::shared_ptr<DispatchQueue> mainQueue, std::shared_ptr<CKModifyRecordsOperation> operation,
+                     const CloudGuardOptions& options, UploadQuarantine& quarantine, Report report)
+    : CloudJob(std::move(mainQueue)),
+      operation_(std::move(operation)),
+      options_(options),
+      quarantine_(quarantine),
+      report_(std::move(report)) {
+    if (operation_->recordsToSave) {
+        for (const CKRecord& record : *operation_->recordsToSave) {
+            ids_.insert(record.recordID().recordName);
+        }
+    }
+    if (operation_->recordIDsToDelete) {
+        for (const CKRecordID& id : *operation_->recordIDsToDelete) {
+            ids_.insert(id.recordName);
+        }
+    }
+    if (options_.splitsUploads || options_.checksText) {
+        plan();
+    } else {
+        planAsItIs();
+    }
+}
+
+void UploadJob::planAsItIs() {
+    requests_.push_back({operation_->recordsToSave, operation_->recordIDsToDelete});
+}
+
+void UploadJob::plan() {
+    // An id that is saved and deleted, or named twice, would fail the whole request: its last state goes.
+    std::set<std::string> named;
+    std::size_t bytes = 0;
+    const auto room = [&](std::size_t size) -> Request& {
+        const bool full =
+            !requests_.empty() && options_.splitsUploads &&
+            (requests_.back().size() >= options_.itemsPerRequest || bytes + size > options_.bytesPerRequest);
+        if (requests_.empty() || full) {
+            requests_.push_back({std::vector<CKRecord>(), std::vector<CKRecordID>()});
+            bytes = 0;
+        }
+        bytes += size;
+        return requests_.back();
+    };
+    for (const CKRecordID& id : operation_->recordIDsToDelete.value_or(std::vector<CKRecordID>())) {
+        if (named.insert(id.recordName).second) {
+            room(200 + id.recordName.size()).deletions->push_back(id);
+        }
+    }
+    for (const CKRecord& record : operation_->recordsToSave.value_or(std::vector<CKRecord>())) {
+        if (quarantine_.holds(record)) {
+            continue;
+        }
+        if (options_.checksText && !hasSendableText(record)) {
+            leaveOut(record, "its text is not UTF-8, or has a zero byte in it");
+        } else if (named.insert(record.recordID().recordName).second) {
+            room(sizeInRequest(record)).records->push_back(record);
+        }
+    }
+}
+
+void UploadJob::attempt(CKDatabase& database, Done done) {
+    if (requests_.empty()) {
+        mainQueue()->async([done = std::move(done)] { done(std::nullopt); });
+        return;
+    }
+    auto inner = std::make_shared<CKModifyRecordsOperation>(requests_.front().records, requests_.front().deletions);
+    inner->savePolicy = operation_->savePolicy;
+    inner->clientChangeTokenData = operation_->clientChangeTokenData;
+    inner->modifyRecordsCompletion = [this, queue = mainQueue(), done = std::move(done)](
+                                         const auto& saved, const auto& deleted, const std::optional<Error>& error) {
+        // `done` keeps this job.
+        queue->async([this, saved, deleted, error, done] {
+            if (!error && saved) {
+                saved_.insert(saved_.end(), saved->begin(), saved->end());
+            }
+            if (!error && deleted) {
+                deleted_.insert(deleted_.end(), deleted->begin(), deleted->end());
+            }
+            done(error);
+        });
+    };
+    database.add(std::move(inner));
+}
+
+bool UploadJob::needsAnother(const std::optional<Error>& error) {
+    if (error && options_.splitsUploads && isAboutAnItem(*error)) {
+        narrowDown(*error);
+        return !requests_.empty();
+    }
+    if (error) {
+        failure_ = error;
+        return false;
+    }
+    if (!requests_.empty()) {
+        requests_.pop_front();
+    }
+    return !requests_.empty();
+}
+
+void UploadJob::narrowDown(const Error& error) {
+    Request& first = requests_.front();
+    if (first.size() > 1) {
+        Request second{std::vector<CKRecord>(), std::vector<CKRecordID>()};
+        const std::size_t half = first.size() / 2;
+        const std::size_t keptRecords = std::min(half, first.records->size());
+        second.records = takeHalf(first.records, keptRecords);
+        second.deletions = takeHalf(first.deletions, half - keptRecords);
+        requests_.insert(requests_.begin() + 1, std::move(second));
+        return;
+    }
+    if (!first.records->empty()) {
+        leaveOut(first.records->front(), error.description);
+    } else if (!first.deletions->empty() && report_) {
+        report_("The deletion of \"" + first.deletions->front().recordName +
+                "\" is not taken by the cloud and will be tried again: " + error.description);
+    }
+    requests_.pop_front();
+}
+
+void UploadJob::leaveOut(const CKRecord& record, const std::string& why) {
+    quarantine_.add(record);
+    if (report_) {
+        report_("The reminder \"" + record.recordID().recordName +
+                "\" cannot be sent to the cloud and waits until it is changed: " + why);
+    }
+}
+
+void UploadJob::finish() {
+    if (operation_->modifyRecordsCompletion) {
+        const bool nothingTaken = saved_.empty() && deleted_.empty();
+        if (failure_ && nothingTaken) {
+            operation_->modifyRecordsCompletion(std::nullopt, std::nullopt, failure_);
+        } else {
+            // What was taken is confirmed; the rest stays unsent and goes with a later upload.
+            operation_->modifyRecordsCompletion(saved_, deleted_, std::nullopt);
+        }
+    }
+    operation_->finish();
+}
+
+void UploadJob::cancel(const std::string& why) {
+    isCancelled_ = true;
+    if (operation_->modifyRecordsCompletion) {
+        operation_->modifyRecordsCompletion(std::nullopt, std::nullopt,
+                                            makeCKError(CKErrorCode::operationCancelled, why));
+    }
+    operation_->finish();
+}
+
+bool UploadJob::holdsAnyOf(const std::vector<std::string>& ids) const {
+    return std::any_of(ids.begin(), ids.end(), [&](const std::string& id) { return ids_.contains(id); });
+}
+
+}  // namespace quendokit
