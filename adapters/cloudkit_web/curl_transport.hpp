@@ -26,6 +26,8 @@ struct CurlTransportOptions {
 class QUENDOKIT_EXPORT CurlTransport final : public HttpTransport {
 public:
     explicit CurlTransport(CurlTransportOptions options = {});
+    CurlTransport(const CurlTransport&) = delete;
+    CurlTransport& operator=(const CurlTransport&) = delete;
     /// Stops. When that happens on the worker thread itself, in the last call of all, the thread ends right after it.
     ~CurlTransport() override;
 

@@ -30,6 +30,8 @@ public:
     using OnSkipped = std::function<void(const Error&)>;
 
     explicit WebCloudDatabase(std::shared_ptr<WebSession> session, OnSkipped onSkipped = nullptr);
+    WebCloudDatabase(const WebCloudDatabase&) = delete;
+    WebCloudDatabase& operator=(const WebCloudDatabase&) = delete;
     ~WebCloudDatabase() override;
 
     void add(std::shared_ptr<CKDatabaseOperation> operation) override;
