@@ -190,6 +190,10 @@ void GuardedCloudDatabase::advance() {
             return;
         }
         auto* const download = dynamic_cast<DownloadJob*>(next->get());
+        if (download != nullptr && options_.uploadsFirst && !queued_.empty()) {
+            // Once that has run, less is unsent.
+            return;
+        }
         if (download != nullptr && uploadBefore(*download)) {
             // The queue has changed.
             continue;
@@ -350,12 +354,16 @@ void GuardedCloudDatabase::isQueued(std::vector<std::string> ids) {
     }
     mainQueue_->async([weak = weak_from_this(), ids = std::move(ids)] {
         const auto self = weak.lock();
-        for (const std::string& id : self ? ids : std::vector<std::string>()) {
+        if (!self) {
+            return;
+        }
+        for (const std::string& id : ids) {
             const auto found = self->queued_.find(id);
             if (--found->second == 0) {
                 self->queued_.erase(found);
             }
         }
+        self->advance();
     });
 }
 

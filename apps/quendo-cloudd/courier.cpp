@@ -33,6 +33,10 @@ std::optional<std::string> Courier::take(std::int64_t listener) {
     return text;
 }
 
+void Courier::keepOnly(const std::set<std::int64_t>& listeners) {
+    std::erase_if(queues_, [&](const auto& entry) { return !listeners.contains(entry.first); });
+}
+
 std::set<std::int64_t> Courier::takeWoken() {
     return std::exchange(woken_, {});
 }

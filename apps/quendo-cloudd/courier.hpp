@@ -26,6 +26,9 @@ public:
     /// The oldest notification of a listener; absent when there is none.
     [[nodiscard]] std::optional<std::string> take(std::int64_t listener);
 
+    /// Drops the queues of all other listeners.
+    void keepOnly(const std::set<std::int64_t>& listeners);
+
     /// The listeners whose queues were added to since the last call.
     [[nodiscard]] std::set<std::int64_t> takeWoken();
 

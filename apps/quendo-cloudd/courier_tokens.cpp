@@ -57,6 +57,15 @@ Result<std::optional<std::int64_t>> CourierTokens::listener(std::string_view tok
     return found;
 }
 
+Result<std::set<std::int64_t>> CourierTokens::everyone() {
+    std::set<std::int64_t> found;
+    if (auto failure = forEach(accounts_.connection(), "SELECT id FROM courier",
+                               [&](const auto& row) { found.insert(row.integer(0)); })) {
+        return *std::move(failure);
+    }
+    return found;
+}
+
 Result<std::vector<Listener>> CourierTokens::listeners(std::string_view user, const Scope& scope, std::int64_t now) {
     std::vector<Listener> found;
     if (auto failure = forEach(

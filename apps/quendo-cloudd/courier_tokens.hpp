@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,6 +39,8 @@ public:
                                              std::int64_t now);
     /// The listener behind a token, absent when it is unknown or void.
     [[nodiscard]] Result<std::optional<std::int64_t>> listener(std::string_view token, std::int64_t now);
+    /// Everyone who holds a token, of any user.
+    [[nodiscard]] Result<std::set<std::int64_t>> everyone();
     /// Those that changes of a user in a scope are for.
     [[nodiscard]] Result<std::vector<Listener>> listeners(std::string_view user, const Scope& scope, std::int64_t now);
 

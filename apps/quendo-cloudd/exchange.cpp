@@ -17,13 +17,22 @@ struct HeaderFacts {
     unsigned lengths = 0;
     unsigned encodings = 0;
     unsigned hosts = 0;
+    bool hasBadName = false;
     std::string_view length;
     std::string_view encoding;
 };
 
+/// Another reader of the same bytes could take a blank in a name for its end, or not.
+bool isHeaderName(std::string_view name) {
+    return !name.empty() && std::all_of(name.begin(), name.end(), [](char character) {
+        return character > ' ' && character < 0x7F && character != ':';
+    });
+}
+
 MHD_Result noteHeader(void* facts, MHD_ValueKind, const char* name, const char* value) {
     auto& seen = *static_cast<HeaderFacts*>(facts);
     ++seen.count;
+    seen.hasBadName = seen.hasBadName || !isHeaderName(name);
     if (strcasecmp(name, "Content-Length") == 0) {
         ++seen.lengths;
         seen.length = value == nullptr ? "" : value;
@@ -76,9 +85,11 @@ std::optional<Answer> refusalOfHeader(MHD_Connection* connection) {
     if ((size != nullptr && size->header_size > mostHeaderBytes) || facts.count > mostHeaders) {
         return refusedHeader(431, "the header is larger than 16 KB or has more than 100 lines");
     }
-    if (facts.lengths + facts.encodings > 1 || facts.hosts > 1) {
-        return refusedHeader(400,
-                             "Content-Length, Transfer-Encoding or Host is given twice, or the first two together");
+    if (facts.lengths + facts.encodings > 1) {
+        return refusedHeader(400, "Content-Length or Transfer-Encoding is given twice, or both are");
+    }
+    if (facts.hosts != 1 || facts.hasBadName) {
+        return refusedHeader(400, "Host is not given once, or the name of a header is none");
     }
     if (facts.encodings == 1 && strcasecmp(std::string(facts.encoding).c_str(), "chunked") != 0) {
         return refusedHeader(400, "the only Transfer-Encoding taken is chunked");

@@ -85,12 +85,13 @@ bool MicroHttpServer::start(int socket, const TlsCredentials& credentials) {
     } else {
         tls[0] = tls[3];
     }
-    daemon_ = MHD_start_daemon(flags, 0, nullptr, nullptr, requestContinues, this, MHD_OPTION_LISTEN_SOCKET, socket,
-                               MHD_OPTION_CONNECTION_LIMIT, mostConnections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,
-                               mostConnectionsOfAnAddress, MHD_OPTION_CONNECTION_MEMORY_LIMIT, connectionMemory,
-                               MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_NOTIFY_CONNECTION, connectionChanged, this,
-                               MHD_OPTION_URI_LOG_CALLBACK, requestBegins, this, MHD_OPTION_NOTIFY_COMPLETED,
-                               requestEnds, this, MHD_OPTION_ARRAY, tls, MHD_OPTION_END);
+    daemon_ =
+        MHD_start_daemon(flags, 0, nullptr, nullptr, requestContinues, this, MHD_OPTION_LISTEN_SOCKET, socket,
+                         MHD_OPTION_CONNECTION_LIMIT, mostConnections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,
+                         mostConnectionsOfAnAddress, MHD_OPTION_CONNECTION_MEMORY_LIMIT, connectionMemory,
+                         MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_NOTIFY_CONNECTION,
+                         connectionChanged, this, MHD_OPTION_URI_LOG_CALLBACK, requestBegins, this,
+                         MHD_OPTION_NOTIFY_COMPLETED, requestEnds, this, MHD_OPTION_ARRAY, tls, MHD_OPTION_END);
     return daemon_ != nullptr;
 }
 

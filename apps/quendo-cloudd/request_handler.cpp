@@ -238,6 +238,9 @@ void RequestHandler::tidy() {
         std::error_code unknown;
         return !std::filesystem::exists(userFile(dataFolder_, each.user), unknown);
     });
+    if (auto everyone = courierTokens_.everyone()) {
+        courier_.keepOnly(everyone.value());
+    }
 }
 
 Answer RequestHandler::refuse(const WireError& error) {

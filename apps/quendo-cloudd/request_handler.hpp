@@ -45,7 +45,7 @@ public:
     /// The listeners that have got something since the last call.
     [[nodiscard]] std::set<std::int64_t> takeWoken() { return courier_.takeWoken(); }
 
-    /// Closes the files of users who are gone.
+    /// Closes the files of users who are gone, and drops what waits for listeners who are.
     void tidy();
 
 private:

@@ -229,6 +229,14 @@ TEST_F(ServerCourier, APushTokenHoldsOverARestartButNotOverNewTokensOfItsDevice)
     EXPECT_EQ(poll(url).at("serverErrorCode"), "NOT_FOUND");
 }
 
+TEST_F(ServerCourier, TidyingKeepsWhatWaitsForThoseWhoAreThere) {
+    subscribe(client_, zoneSubscription("S"));
+    const std::string url = listen(phone_);
+    modify(json::array({save("A1", "milk")}));
+    handler_->tidy();
+    EXPECT_FALSE(poll(url).is_null());
+}
+
 TEST_F(ServerCourier, APushTokenIsGoodForTwelveHours) {
     const std::string url = listen(phone_);
     clock_.advanceBy(std::chrono::seconds(43'190));
