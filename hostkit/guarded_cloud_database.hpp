@@ -2,7 +2,6 @@
 /// \file
 /// `GuardedCloudDatabase`, a cloud database between which and the engine no change gets lost.
 
-#include <chrono>
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -12,6 +11,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "hostkit/cloud_guard_options.hpp"
@@ -24,9 +24,9 @@ class CloudJob;
 struct CloudJobParts;
 class DispatchQueue;
 class DownloadJob;
+class NetworkWait;
 class ReminderStore;
 class ReminderSyncManager;
-class Timer;
 class TokenGate;
 class UploadJob;
 class UploadQuarantine;
@@ -74,10 +74,16 @@ public:
     [[nodiscard]] std::size_t runningCount() const noexcept { return running_.size(); }
     [[nodiscard]] std::size_t waitingCount() const noexcept { return queue_.size(); }
     /// Why it waits; absent when it does not.
-    [[nodiscard]] const std::optional<Error>& waitsBecause() const noexcept { return waitsBecause_; }
+    [[nodiscard]] const std::optional<Error>& waitsBecause() const noexcept;
 
 private:
     using Job = std::shared_ptr<CloudJob>;
+    /// What was asked for, before it is a job.
+    struct Arrival {
+        std::function<Job()> make;
+        /// A download whose token has been dropped since.
+        bool restarts = false;
+    };
 
     [[nodiscard]] CloudJobParts parts();
     /// Takes in on the main queue what `make` makes there. Any thread.
@@ -86,10 +92,12 @@ private:
     void enqueue(Job job);
     void enqueueUpload(const std::shared_ptr<UploadJob>& upload, bool first);
     void enqueueDownload(const std::shared_ptr<DownloadJob>& download);
+    /// Lets it begin anew with the durable token, if it is a download.
+    void restart(CloudJob& job) const;
     /// Starts what may start.
     void advance();
-    /// Puts an upload before the download `job`, if there is something unsent. Once a download.
-    [[nodiscard]] bool uploadBefore(DownloadJob& job);
+    /// Puts an upload before everything else, if there is something unsent.
+    void putUploadFirst();
     void attempt(const Job& job);
     void attempted(const Job& job, const std::optional<Error>& error);
     void finish(const Job& job);
@@ -97,8 +105,10 @@ private:
 
     void deliver(UploadJob& upload);
     void deliver(DownloadJob& download);
-    /// What was queued on the main queue up to now is about these.
-    void isQueued(std::vector<std::string> ids);
+    /// Whether it is what this process has uploaded last under that name, which is forgotten then.
+    [[nodiscard]] bool takeOwnTag(const std::variant<CKRecord, CKRecordID>& change);
+    /// Finishes `job`: what the engine queues on the main queue then is about these.
+    void answer(std::vector<std::string> ids, CloudJob& job);
     [[nodiscard]] std::set<std::string> unsentIDs() const;
     [[nodiscard]] std::shared_ptr<ReminderStore> store() const;
 
@@ -106,21 +116,19 @@ private:
     const CloudGuardOptions options_;
     const std::shared_ptr<DispatchQueue> mainQueue_;
     const std::unique_ptr<UploadQuarantine> quarantine_;
+    const std::unique_ptr<NetworkWait> wait_;
     CloudGuardEvents events_;
     std::weak_ptr<ReminderSyncManager> manager_;
     std::shared_ptr<TokenGate> gate_;
     std::mutex arrivingMutex_;
-    std::vector<std::function<Job()>> arriving_;
+    std::deque<Arrival> arriving_;
     /// The next one first; those whose dependencies are not finished are passed over.
     std::deque<Job> queue_;
     std::vector<Job> running_;
     /// How many tasks of the main queue are about an id.
     std::map<std::string, std::size_t> queued_;
-    /// The tags of what this process has uploaded.
+    /// The tags of what this process has uploaded and not seen come back.
     std::map<std::string, std::string> uploadedTags_;
-    std::shared_ptr<Timer> waitTimer_;
-    std::optional<Error> waitsBecause_;
-    int failures_ = 0;
 };
 
 }  // namespace quendokit
