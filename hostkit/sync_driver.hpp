@@ -31,7 +31,8 @@ struct SyncDriverEvents {
     /// An upload or a download is over.
     std::function<void(const std::optional<Error>&)> uploadEnded = {};
     std::function<void(const std::optional<Error>&)> downloadEnded = {};
-    /// The zone could not be looked up or made for a safety interval: a new manager tries again.
+    /// The zone could not be looked up or made for a safety interval, and nothing waits for the network: a new manager
+    /// tries again.
     std::function<void()> zoneStaysUnknown = {};
     /// Something waits for the network.
     std::function<void(const Error&, std::chrono::nanoseconds)> waits = {};
