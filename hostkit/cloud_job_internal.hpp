@@ -35,6 +35,9 @@ public:
     /// Answers who asked, with what the attempts came to.
     virtual void finish() = 0;
 
+    /// Whether the last attempt failed inside the server.
+    bool failedInside = false;
+
 protected:
     [[nodiscard]] const std::shared_ptr<DispatchQueue>& mainQueue() const noexcept { return mainQueue_; }
 

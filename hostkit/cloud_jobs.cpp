@@ -116,6 +116,9 @@ std::shared_ptr<CloudJob> makeListJob(const CloudJobParts& parts, CKDatabase::Su
     return std::make_shared<RequestJob<List, std::optional<Error>>>(
         parts.mainQueue, [](CKDatabase& database, auto done) { database.fetchAllSubscriptions(std::move(done)); },
         [completion = std::move(completion)](const List& list, const std::optional<Error>& error) {
+            if (!completion) {
+                return;
+            }
             const bool nothing = !list && !error;
             completion(list,
                        nothing ? makeCKError(CKErrorCode::internalError, "The cloud answered no list of subscriptions.")

@@ -1,40 +1,23 @@
+/// \file
+/// What comes to a guarded database, and what it gives back.
+
 #include "hostkit/guarded_cloud_database.hpp"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <iterator>
-#include <random>
 #include <utility>
 
 #include "hostkit/cloud_jobs_internal.hpp"
 #include "hostkit/download_job_internal.hpp"
+#include "hostkit/network_wait_internal.hpp"
+#include "hostkit/tell_internal.hpp"
 #include "hostkit/token_gate.hpp"
 #include "hostkit/upload_job_internal.hpp"
-#include "quendokit/platform/ck_error.hpp"
-#include "quendokit/platform/run_loop.hpp"
 #include "quendokit/platform/services.hpp"
-#include "quendokit/platform/timer.hpp"
 #include "quendokit/store/reminder_store.hpp"
 #include "quendokit/sync/reminder_sync_manager.hpp"
 
 namespace quendokit {
-namespace {
-
-/// Whether it passes.
-bool isTransient(const Error& error) {
-    constexpr std::array codes{CKErrorCode::internalError,      CKErrorCode::networkUnavailable,
-                               CKErrorCode::networkFailure,     CKErrorCode::serviceUnavailable,
-                               CKErrorCode::requestRateLimited, CKErrorCode::zoneBusy};
-    return std::any_of(codes.begin(), codes.end(), [&](CKErrorCode code) { return isCKError(error, code); });
-}
-
-double randomFraction() {
-    static thread_local std::minstd_rand generator{std::random_device{}()};
-    return std::uniform_real_distribution<double>(0, 1)(generator);
-}
-
-}  // namespace
 
 std::shared_ptr<GuardedCloudDatabase> GuardedCloudDatabase::create(std::shared_ptr<CKDatabase> database,
                                                                    CloudGuardOptions options) {
@@ -45,13 +28,10 @@ GuardedCloudDatabase::GuardedCloudDatabase(PrivateTag, std::shared_ptr<CKDatabas
     : database_(std::move(database)),
       options_(std::move(options)),
       mainQueue_(platform::services().mainQueue),
-      quarantine_(std::make_unique<UploadQuarantine>()) {}
+      quarantine_(std::make_unique<UploadQuarantine>()),
+      wait_(std::make_unique<NetworkWait>(options_.jitter)) {}
 
-GuardedCloudDatabase::~GuardedCloudDatabase() {
-    if (waitTimer_) {
-        waitTimer_->invalidate();
-    }
-}
+GuardedCloudDatabase::~GuardedCloudDatabase() = default;
 
 void GuardedCloudDatabase::attach(const std::shared_ptr<ReminderSyncManager>& manager) {
     manager_ = manager;
@@ -70,15 +50,23 @@ void GuardedCloudDatabase::writeFailed() {
         return;
     }
     gate_->writeFailed();
-    const auto token = gate_->durableToken();
     lastTokens_.clear();
-    const auto restart = [&](const Job& job) {
-        if (auto* const download = dynamic_cast<DownloadJob*>(job.get())) {
-            download->restart(token);
-        }
-    };
+    const auto restart = [this](const Job& job) { this->restart(*job); };
     std::for_each(running_.begin(), running_.end(), restart);
     std::for_each(queue_.begin(), queue_.end(), restart);
+    // They were made with the token that was dropped. They are not taken in here, inside a write: that calls the
+    // engine.
+    const std::lock_guard lock(arrivingMutex_);
+    for (Arrival& arrival : arriving_) {
+        arrival.restarts = true;
+    }
+}
+
+void GuardedCloudDatabase::restart(CloudJob& job) const {
+    auto* const download = dynamic_cast<DownloadJob*>(&job);
+    if (download != nullptr && gate_) {
+        download->restart(gate_->durableToken());
+    }
 }
 
 void GuardedCloudDatabase::add(std::shared_ptr<CKDatabaseOperation> operation) {
@@ -104,7 +92,7 @@ void GuardedCloudDatabase::fetchAllSubscriptions(SubscriptionsCompletion complet
 void GuardedCloudDatabase::arrive(std::function<Job()> make) {
     {
         const std::lock_guard lock(arrivingMutex_);
-        arriving_.push_back(std::move(make));
+        arriving_.push_back({std::move(make)});
     }
     mainQueue_->async([self = shared_from_this()] {
         self->takeIn();
@@ -113,160 +101,38 @@ void GuardedCloudDatabase::arrive(std::function<Job()> make) {
 }
 
 void GuardedCloudDatabase::takeIn() {
-    std::vector<std::function<Job()>> arrived;
-    {
-        const std::lock_guard lock(arrivingMutex_);
-        arrived.swap(arriving_);
-    }
-    for (const auto& make : arrived) {
-        enqueue(make());
+    // One after the other: what one of them brings about may ask for the others to be taken in.
+    while (true) {
+        Arrival arrival;
+        {
+            const std::lock_guard lock(arrivingMutex_);
+            if (arriving_.empty()) {
+                return;
+            }
+            arrival = std::move(arriving_.front());
+            arriving_.pop_front();
+        }
+        Job job = arrival.make();
+        if (arrival.restarts) {
+            restart(*job);
+        }
+        enqueue(std::move(job));
     }
 }
 
 CloudJobParts GuardedCloudDatabase::parts() {
-    return {mainQueue_, options_, *quarantine_, events_.reports, [weak = weak_from_this()] {
-                const auto self = weak.lock();
-                if (self && self->events_.zoneAnswered) {
-                    self->events_.zoneAnswered();
-                }
-            }};
-}
-
-void GuardedCloudDatabase::enqueue(Job job) {
-    if (auto upload = std::dynamic_pointer_cast<UploadJob>(job)) {
-        enqueueUpload(upload, false);
-    } else if (auto download = std::dynamic_pointer_cast<DownloadJob>(job)) {
-        enqueueDownload(download);
-    } else {
-        queue_.push_back(std::move(job));
-    }
-}
-
-void GuardedCloudDatabase::enqueueUpload(const std::shared_ptr<UploadJob>& upload, bool first) {
-    // It holds everything that is unsent, and so all that an earlier one holds that has not begun.
-    if (options_.oneAtATime && upload->isReady()) {
-        std::vector<std::shared_ptr<UploadJob>> earlier;
-        std::erase_if(queue_, [&](const Job& job) {
-            auto other = std::dynamic_pointer_cast<UploadJob>(job);
-            const bool isReplaced = other && other->isReady();
-            if (isReplaced) {
-                earlier.push_back(std::move(other));
-            }
-            return isReplaced;
-        });
-        for (const auto& each : earlier) {
-            each->cancel("A later upload takes its place.");
-        }
-    }
-    if (first) {
-        queue_.push_front(upload);
-    } else {
-        queue_.push_back(upload);
-    }
-}
-
-void GuardedCloudDatabase::enqueueDownload(const std::shared_ptr<DownloadJob>& download) {
-    download->downloadsBefore = downloads_;
-    if (options_.oneAtATime && download->isReady()) {
-        // The later one has the newer token. While there is no network, one that waits is enough.
-        const auto waiting = std::find_if(queue_.begin(), queue_.end(), [&](const Job& job) {
-            const auto* other = dynamic_cast<DownloadJob*>(job.get());
-            return other != nullptr && other->isReady() &&
-                   other->operation().recordZoneID == download->operation().recordZoneID;
-        });
-        if (waiting != queue_.end()) {
-            const auto other = std::static_pointer_cast<DownloadJob>(std::exchange(*waiting, download));
-            other->finishForAnother(download->operation().previousServerChangeToken);
-            return;
-        }
-    }
-    queue_.push_back(download);
-}
-
-void GuardedCloudDatabase::advance() {
-    while (!waitsBecause_ && (running_.empty() || !options_.oneAtATime)) {
-        const auto next = std::find_if(queue_.begin(), queue_.end(), [](const Job& job) { return job->isReady(); });
-        if (next == queue_.end()) {
-            return;
-        }
-        auto* const download = dynamic_cast<DownloadJob*>(next->get());
-        if (download != nullptr && options_.uploadsFirst && !queued_.empty()) {
-            // Once that has run, less is unsent.
-            return;
-        }
-        if (download != nullptr && uploadBefore(*download)) {
-            // The queue has changed.
-            continue;
-        }
-        if (download != nullptr) {
-            beginWhereTheLastEnded(*download);
-        }
-        const Job job = std::move(*next);
-        queue_.erase(next);
-        attempt(job);
-    }
-}
-
-bool GuardedCloudDatabase::uploadBefore(DownloadJob& job) {
-    if (!options_.uploadsFirst || std::exchange(job.hadItsUpload, true)) {
-        return false;
-    }
-    const auto waiting = std::find_if(queue_.begin(), queue_.end(), [](const Job& each) {
-        return dynamic_cast<UploadJob*>(each.get()) != nullptr && each->isReady();
-    });
-    if (waiting != queue_.end()) {
-        std::rotate(queue_.begin(), waiting, waiting + 1);
-        return true;
-    }
-    const auto manager = manager_.lock();
-    if (!manager || unsentIDs().empty()) {
-        return false;
-    }
-    auto operation = std::dynamic_pointer_cast<CKModifyRecordsOperation>(manager->localSyncOp());
-    if (!operation) {
-        return false;
-    }
-    enqueueUpload(
-        std::make_shared<UploadJob>(mainQueue_, std::move(operation), options_, *quarantine_, events_.reports), true);
-    return true;
-}
-
-void GuardedCloudDatabase::beginWhereTheLastEnded(DownloadJob& job) const {
-    const auto last = lastTokens_.find(job.operation().recordZoneID);
-    const bool wasAskedForEarlier = job.downloadsBefore != downloads_;
-    if (options_.oneAtATime && wasAskedForEarlier && last != lastTokens_.end()) {
-        job.beginWith(last->second);
-    }
-}
-
-void GuardedCloudDatabase::attempt(const Job& job) {
-    running_.push_back(job);
-    job->attempt(*database_, [weak = weak_from_this(), job](const std::optional<Error>& error) {
+    // A later turn tells: a change that the host makes then finds the upload in the queue.
+    auto report = [weak = weak_from_this()](const std::string& line) {
         if (const auto self = weak.lock()) {
-            self->attempted(job, error);
+            self->mainQueue_->async([self, line] { tell(self->events_.reports, line); });
         }
-    });
-}
-
-void GuardedCloudDatabase::attempted(const Job& job, const std::optional<Error>& error) {
-    std::erase(running_, job);
-    const auto* upload = dynamic_cast<UploadJob*>(job.get());
-    if (upload != nullptr && upload->isCancelled()) {
-        advance();
-        return;
-    }
-    if (error && options_.waitsForNetwork && isTransient(*error)) {
-        queue_.push_front(job);
-        wait(*error);
-        return;
-    }
-    failures_ = 0;
-    if (job->needsAnother(error)) {
-        attempt(job);
-        return;
-    }
-    finish(job);
-    advance();
+    };
+    auto zoneAnswered = [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) {
+            tell(self->events_.zoneAnswered);
+        }
+    };
+    return {mainQueue_, options_, *quarantine_, std::move(report), std::move(zoneAnswered)};
 }
 
 void GuardedCloudDatabase::finish(const Job& job) {
@@ -292,14 +158,14 @@ void GuardedCloudDatabase::deliver(UploadJob& upload) {
         confirmed.push_back(id.recordName);
         uploadedTags_.erase(id.recordName);
     }
-    if (events_.confirmed && !confirmed.empty()) {
-        events_.confirmed(confirmed);
+    for (const std::string& name : confirmed) {
+        quarantine_->forget(name);
     }
-    upload.finish();
-    isQueued(std::move(confirmed));
-    if (events_.uploadEnded) {
-        events_.uploadEnded(upload.failure());
+    if (!confirmed.empty()) {
+        tell(events_.confirmed, confirmed);
     }
+    answer(std::move(confirmed), upload);
+    tell(events_.uploadEnded, upload.failure());
 }
 
 void GuardedCloudDatabase::deliver(DownloadJob& download) {
@@ -311,46 +177,52 @@ void GuardedCloudDatabase::deliver(DownloadJob& download) {
         const std::set<std::string> unsent = unsentIDs();
         const bool knowsBefore = download.operation().previousServerChangeToken.has_value();
         std::erase_if(page.changes, [&](const DownloadJob::Change& change) {
-            const auto* record = std::get_if<CKRecord>(&change);
-            const auto own =
-                record != nullptr ? uploadedTags_.find(record->recordID().recordName) : uploadedTags_.end();
-            const bool isOwnEcho =
-                knowsBefore && own != uploadedTags_.end() && record->recordChangeTag() == own->second;
+            const bool isOwnEcho = takeOwnTag(change) && knowsBefore;
             return isOwnEcho || unsent.contains(nameOf(change));
         });
     }
     std::vector<std::string> names;
     std::transform(page.changes.begin(), page.changes.end(), std::back_inserter(names),
                    [](const DownloadJob::Change& change) { return nameOf(change); });
-    if (events_.received && !page.changes.empty()) {
-        std::vector<CKRecord> records;
-        std::vector<CKRecordID> deleted;
-        for (const DownloadJob::Change& change : page.changes) {
-            if (const auto* record = std::get_if<CKRecord>(&change)) {
-                records.push_back(*record);
-            } else {
-                deleted.push_back(std::get<CKRecordID>(change));
-            }
-        }
-        events_.received(records, deleted);
+    if (!page.changes.empty()) {
+        tellOf(page.changes);
     }
     const std::optional<Error> error = page.error;
     ++downloads_;
     // The engine keeps the one and erases the other.
     lastTokens_.insert_or_assign(download.operation().recordZoneID, error ? std::nullopt : page.token);
-    download.finish();
-    isQueued(std::move(names));
-    if (events_.downloadEnded) {
-        events_.downloadEnded(error);
-    }
+    answer(std::move(names), download);
+    tell(events_.downloadEnded, error);
 }
 
-void GuardedCloudDatabase::isQueued(std::vector<std::string> ids) {
-    if (ids.empty()) {
-        return;
+void GuardedCloudDatabase::tellOf(const std::vector<DownloadJob::Change>& changes) const {
+    std::vector<CKRecord> records;
+    std::vector<CKRecordID> deleted;
+    for (const DownloadJob::Change& change : changes) {
+        if (const auto* record = std::get_if<CKRecord>(&change)) {
+            records.push_back(*record);
+        } else {
+            deleted.push_back(std::get<CKRecordID>(change));
+        }
     }
+    tell(events_.received, records, deleted);
+}
+
+bool GuardedCloudDatabase::takeOwnTag(const DownloadJob::Change& change) {
+    // Whatever the server tells of it, it has told of what was uploaded before.
+    const auto own = uploadedTags_.extract(nameOf(change));
+    const auto* record = std::get_if<CKRecord>(&change);
+    return own && record != nullptr && record->recordChangeTag() == own.mapped();
+}
+
+void GuardedCloudDatabase::answer(std::vector<std::string> ids, CloudJob& job) {
     for (const std::string& id : ids) {
         ++queued_[id];
+    }
+    // Whoever is told of it may want to change one of them at once: that is behind already.
+    job.finish();
+    if (ids.empty()) {
+        return;
     }
     mainQueue_->async([weak = weak_from_this(), ids = std::move(ids)] {
         const auto self = weak.lock();
@@ -374,7 +246,7 @@ void GuardedCloudDatabase::perform(std::vector<std::string> ids, std::function<v
         std::vector<std::shared_ptr<UploadJob>> touched;
         const auto isTouched = [&](const Job& job) {
             auto upload = std::dynamic_pointer_cast<UploadJob>(job);
-            const bool is = upload && !upload->isCancelled() && upload->isReady() && upload->holdsAnyOf(ids);
+            const bool is = upload && !upload->isCancelled() && upload->holdsAnyOf(ids);
             if (is) {
                 touched.push_back(std::move(upload));
             }
@@ -385,6 +257,10 @@ void GuardedCloudDatabase::perform(std::vector<std::string> ids, std::function<v
         std::erase_if(queue_, isTouched);
         for (const auto& upload : touched) {
             upload->cancel("A reminder in it has changed meanwhile.");
+        }
+        if (!touched.empty()) {
+            // Others may have waited for them.
+            mainQueue_->async([self = shared_from_this()] { self->advance(); });
         }
         const bool isBehind =
             std::any_of(ids.begin(), ids.end(), [&](const std::string& id) { return queued_.contains(id); });
@@ -398,45 +274,10 @@ void GuardedCloudDatabase::perform(std::vector<std::string> ids, std::function<v
     change();
 }
 
-void GuardedCloudDatabase::wait(const Error& error) {
-    constexpr double longest = 300;
-    const double jitter = options_.jitter ? options_.jitter() : randomFraction();
-    const double doubled = std::min(longest, std::pow(2.0, std::min(failures_++, 20)));
-    const double seconds = std::max(error.retryAfter.value_or(0), doubled * (1 - jitter / 2));
-    const std::chrono::nanoseconds time(static_cast<std::int64_t>(std::clamp(seconds, 0.5, 86'400.0) * 1e9));
-    waitsBecause_ = error;
-    if (waitTimer_) {
-        waitTimer_->invalidate();
-    }
-    waitTimer_ = Timer::create(
-        time,
-        [weak = weak_from_this()](Timer&) {
-            if (const auto self = weak.lock()) {
-                self->waitsBecause_ = std::nullopt;
-                self->advance();
-            }
-        },
-        false);
-    RunLoop::main().add(waitTimer_, RunLoopMode::default_);
-    if (events_.waits) {
-        events_.waits(error, time);
-    }
-}
-
 bool GuardedCloudDatabase::isIdle() const {
     const std::lock_guard lock(arrivingMutex_);
     const bool waits = std::any_of(queue_.begin(), queue_.end(), [](const Job& job) { return job->isReady(); });
     return arriving_.empty() && running_.empty() && !waits && queued_.empty();
-}
-
-void GuardedCloudDatabase::retryNow() {
-    if (!waitsBecause_) {
-        return;
-    }
-    waitTimer_->invalidate();
-    waitsBecause_ = std::nullopt;
-    failures_ = 0;
-    advance();
 }
 
 std::shared_ptr<ReminderStore> GuardedCloudDatabase::store() const {

@@ -2,7 +2,6 @@
 /// \file
 /// `GuardedCloudDatabase`, a cloud database between which and the engine no change gets lost.
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -13,6 +12,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "hostkit/cloud_guard_options.hpp"
@@ -25,9 +25,9 @@ class CloudJob;
 struct CloudJobParts;
 class DispatchQueue;
 class DownloadJob;
+class NetworkWait;
 class ReminderStore;
 class ReminderSyncManager;
-class Timer;
 class TokenGate;
 class UploadJob;
 class UploadQuarantine;
@@ -77,10 +77,16 @@ public:
     /// Whether nothing is on its way or waits for its turn, and everything that came has been stored.
     [[nodiscard]] bool isIdle() const;
     /// Why it waits; absent when it does not.
-    [[nodiscard]] const std::optional<Error>& waitsBecause() const noexcept { return waitsBecause_; }
+    [[nodiscard]] const std::optional<Error>& waitsBecause() const noexcept;
 
 private:
     using Job = std::shared_ptr<CloudJob>;
+    /// What was asked for, before it is a job.
+    struct Arrival {
+        std::function<Job()> make;
+        /// A download whose token has been dropped since.
+        bool restarts = false;
+    };
 
     [[nodiscard]] CloudJobParts parts();
     /// Takes in on the main queue what `make` makes there. Any thread.
@@ -89,10 +95,12 @@ private:
     void enqueue(Job job);
     void enqueueUpload(const std::shared_ptr<UploadJob>& upload, bool first);
     void enqueueDownload(const std::shared_ptr<DownloadJob>& download);
+    /// Lets it begin anew with the durable token, if it is a download.
+    void restart(CloudJob& job) const;
     /// Starts what may start.
     void advance();
-    /// Puts an upload before the download `job`, if there is something unsent. Once a download.
-    [[nodiscard]] bool uploadBefore(DownloadJob& job);
+    /// Puts an upload before everything else, if there is something unsent.
+    void putUploadFirst();
     /// A download that was asked for while another one was on its way does not read the same once more.
     void beginWhereTheLastEnded(DownloadJob& job) const;
     void attempt(const Job& job);
@@ -102,8 +110,11 @@ private:
 
     void deliver(UploadJob& upload);
     void deliver(DownloadJob& download);
-    /// What was queued on the main queue up to now is about these.
-    void isQueued(std::vector<std::string> ids);
+    /// Whether it is what this process has uploaded last under that name, which is forgotten then.
+    void tellOf(const std::vector<std::variant<CKRecord, CKRecordID>>& changes) const;
+    [[nodiscard]] bool takeOwnTag(const std::variant<CKRecord, CKRecordID>& change);
+    /// Finishes `job`: what the engine queues on the main queue then is about these.
+    void answer(std::vector<std::string> ids, CloudJob& job);
     [[nodiscard]] std::set<std::string> unsentIDs() const;
     [[nodiscard]] std::shared_ptr<ReminderStore> store() const;
 
@@ -111,25 +122,23 @@ private:
     const CloudGuardOptions options_;
     const std::shared_ptr<DispatchQueue> mainQueue_;
     const std::unique_ptr<UploadQuarantine> quarantine_;
+    const std::unique_ptr<NetworkWait> wait_;
     CloudGuardEvents events_;
     std::weak_ptr<ReminderSyncManager> manager_;
     std::shared_ptr<TokenGate> gate_;
     mutable std::mutex arrivingMutex_;
-    std::vector<std::function<Job()>> arriving_;
+    std::deque<Arrival> arriving_;
     /// The next one first; those whose dependencies are not finished are passed over.
     std::deque<Job> queue_;
     std::vector<Job> running_;
     /// How many tasks of the main queue are about an id.
     std::map<std::string, std::size_t> queued_;
-    /// The tags of what this process has uploaded.
+    /// The tags of what this process has uploaded and not seen come back.
     std::map<std::string, std::string> uploadedTags_;
     /// Where the last download of each zone ended; absent when it failed.
     std::map<CKRecordZoneID, std::optional<CKServerChangeToken>> lastTokens_;
     /// How many downloads have ended.
     std::uint64_t downloads_ = 0;
-    std::shared_ptr<Timer> waitTimer_;
-    std::optional<Error> waitsBecause_;
-    int failures_ = 0;
 };
 
 }  // namespace quendokit

@@ -13,6 +13,7 @@ std::shared_ptr<CKDatabase> GuardedContainerProvider::privateCloudDatabase(std::
 }
 
 std::shared_ptr<GuardedCloudDatabase> GuardedContainerProvider::database(std::string_view identifier) {
+    const std::lock_guard lock(mutex_);
     const auto found = databases_.find(identifier);
     if (found != databases_.end()) {
         return found->second;

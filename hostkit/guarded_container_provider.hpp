@@ -4,6 +4,7 @@
 
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -20,12 +21,13 @@ public:
     GuardedContainerProvider(std::shared_ptr<CKContainerProvider> provider, CloudGuardOptions options);
 
     [[nodiscard]] std::shared_ptr<CKDatabase> privateCloudDatabase(std::string_view identifier) override;
-    /// The same, with its own face. Main thread.
+    /// The same, with its own face. Any thread.
     [[nodiscard]] std::shared_ptr<GuardedCloudDatabase> database(std::string_view identifier);
 
 private:
     const std::shared_ptr<CKContainerProvider> provider_;
     const CloudGuardOptions options_;
+    std::mutex mutex_;
     std::map<std::string, std::shared_ptr<GuardedCloudDatabase>, std::less<>> databases_;
 };
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "hostkit/guarded_cloud_database.hpp"
+#include "hostkit/tell_internal.hpp"
 #include "quendokit/platform/run_loop.hpp"
 #include "quendokit/platform/timer.hpp"
 #include "quendokit/sync/reminder_sync_manager.hpp"
@@ -103,9 +104,7 @@ void SyncDriver::uploadEnded(const std::optional<Error>& error) {
     } else {
         failedUploads_ = 0;
     }
-    if (events_.uploadEnded) {
-        events_.uploadEnded(error);
-    }
+    tell(events_.uploadEnded, error);
 }
 
 void SyncDriver::downloadEnded(const std::optional<Error>& error) {
@@ -121,9 +120,7 @@ void SyncDriver::downloadEnded(const std::optional<Error>& error) {
             false);
         RunLoop::main().add(delayTimer_, RunLoopMode::default_);
     }
-    if (events_.downloadEnded) {
-        events_.downloadEnded(error);
-    }
+    tell(events_.downloadEnded, error);
 }
 
 void SyncDriver::lookAgain() {
@@ -132,8 +129,10 @@ void SyncDriver::lookAgain() {
         return;
     }
     if (!manager->zoneExists()) {
-        if (events_.zoneStaysUnknown) {
-            events_.zoneStaysUnknown();
+        const auto database = database_.lock();
+        // While there is no network, the guard keeps asking for it, and a new manager could do no more.
+        if (!database || !database->waitsBecause()) {
+            tell(events_.zoneStaysUnknown);
         }
         return;
     }

@@ -37,7 +37,8 @@ struct SyncDriverEvents {
     /// As in `CloudGuardEvents`.
     std::function<void(const std::vector<std::string>&)> confirmed = {};
     std::function<void(const std::vector<CKRecord>&, const std::vector<CKRecordID>&)> received = {};
-    /// The zone could not be looked up or made for a safety interval: a new manager tries again.
+    /// The zone could not be looked up or made for a safety interval, and nothing waits for the network: a new manager
+    /// tries again.
     std::function<void()> zoneStaysUnknown = {};
     /// Something waits for the network.
     std::function<void(const Error&, std::chrono::nanoseconds)> waits = {};

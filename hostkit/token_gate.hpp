@@ -47,7 +47,8 @@ private:
     const std::shared_ptr<UserDefaults> defaults_;
     const std::string key_;
     const std::shared_ptr<DispatchQueue> mainQueue_;
-    mutable std::mutex mutex_;
+    /// Recursive: settings that cannot be written may tell so at once, which ends in `writeFailed`.
+    mutable std::recursive_mutex mutex_;
     /// What was set last and is not durable.
     std::optional<PropertyValue> waiting_;
     /// Which of the values that were set it is.

@@ -37,6 +37,8 @@ UploadJob::UploadJob(std::shared_ptr<DispatchQueue> mainQueue, std::shared_ptr<C
       operation_(std::move(operation)),
       options_(options),
       quarantine_(quarantine),
+      // What may not replace just anything goes whole or not at all.
+      splits_(options.splitsUploads && operation_->savePolicy == CKRecordSavePolicy::allKeys),
       report_(std::move(report)) {
     if (operation_->recordsToSave) {
         for (const CKRecord& record : *operation_->recordsToSave) {
@@ -48,7 +50,7 @@ UploadJob::UploadJob(std::shared_ptr<DispatchQueue> mainQueue, std::shared_ptr<C
             ids_.insert(id.recordName);
         }
     }
-    if (options_.splitsUploads || options_.checksText) {
+    if (splits_ || options_.checksText) {
         plan();
     } else {
         planAsItIs();
@@ -60,12 +62,12 @@ void UploadJob::planAsItIs() {
 }
 
 void UploadJob::plan() {
-    // An id that is saved and deleted, or named twice, would fail the whole request: its last state goes.
+    // A name that comes twice would fail the whole request: it goes once, as a deletion rather than a save.
     std::set<std::string> named;
     std::size_t bytes = 0;
     const auto room = [&](std::size_t size) -> Request& {
         const bool full =
-            !requests_.empty() && options_.splitsUploads &&
+            !requests_.empty() && splits_ &&
             (requests_.back().size() >= options_.itemsPerRequest || bytes + size > options_.bytesPerRequest);
         if (requests_.empty() || full) {
             requests_.push_back({std::vector<CKRecord>(), std::vector<CKRecordID>()});
@@ -116,7 +118,7 @@ void UploadJob::attempt(CKDatabase& database, Done done) {
 }
 
 bool UploadJob::needsAnother(const std::optional<Error>& error) {
-    if (error && options_.splitsUploads && isAboutAnItem(*error)) {
+    if (error && splits_ && isAboutAnItem(*error)) {
         narrowDown(*error);
         return !requests_.empty();
     }
@@ -182,6 +184,10 @@ void UploadJob::cancel(const std::string& why) {
 
 bool UploadJob::holdsAnyOf(const std::vector<std::string>& ids) const {
     return std::any_of(ids.begin(), ids.end(), [&](const std::string& id) { return ids_.contains(id); });
+}
+
+bool UploadJob::holdsAllOf(const UploadJob& other) const {
+    return std::includes(ids_.begin(), ids_.end(), other.ids_.begin(), other.ids_.end());
 }
 
 }  // namespace quendokit

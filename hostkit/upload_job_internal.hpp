@@ -37,6 +37,7 @@ public:
 
     /// Whether one of `ids` is in it.
     [[nodiscard]] bool holdsAnyOf(const std::vector<std::string>& ids) const;
+    [[nodiscard]] bool holdsAllOf(const UploadJob& other) const;
     /// What the cloud has confirmed.
     [[nodiscard]] const std::vector<CKRecord>& saved() const noexcept { return saved_; }
     [[nodiscard]] const std::vector<CKRecordID>& deleted() const noexcept { return deleted_; }
@@ -61,6 +62,7 @@ private:
     const std::shared_ptr<CKModifyRecordsOperation> operation_;
     const CloudGuardOptions& options_;
     UploadQuarantine& quarantine_;
+    const bool splits_;
     const Report report_;
     std::set<std::string> ids_;
     std::deque<Request> requests_;

@@ -56,6 +56,10 @@ void UploadQuarantine::add(const CKRecord& record) {
     refused_.insert_or_assign(record.recordID().recordName, record.values());
 }
 
+void UploadQuarantine::forget(const std::string& recordName) {
+    refused_.erase(recordName);
+}
+
 bool hasSendableText(const CKRecord& record) {
     return std::all_of(record.values().begin(), record.values().end(), [](const auto& entry) {
         const auto* text = std::get_if<std::string>(&entry.second);

@@ -16,6 +16,8 @@ class UploadQuarantine {
 public:
     [[nodiscard]] bool holds(const CKRecord& record) const;
     void add(const CKRecord& record);
+    /// The cloud has taken something of that name.
+    void forget(const std::string& recordName);
 
 private:
     std::map<std::string, CKRecord::Values> refused_;
