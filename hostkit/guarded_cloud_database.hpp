@@ -110,8 +110,8 @@ private:
 
     void deliver(UploadJob& upload);
     void deliver(DownloadJob& download);
-    /// Whether it is what this process has uploaded last under that name, which is forgotten then.
     void tellOf(const std::vector<std::variant<CKRecord, CKRecordID>>& changes) const;
+    /// Whether it is what this process has uploaded last under that name, which is forgotten then.
     [[nodiscard]] bool takeOwnTag(const std::variant<CKRecord, CKRecordID>& change);
     /// Finishes `job`: what the engine queues on the main queue then is about these.
     void answer(std::vector<std::string> ids, CloudJob& job);

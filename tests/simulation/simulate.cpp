@@ -1,32 +1,65 @@
 /// \file
 /// Runs simulations of many seeds, as long as one likes, and prints what came of them.
 ///
-///     simulate FIRST-SEED COUNT [DAYS [protected]]
+///     simulate FIRST-SEED COUNT DAYS [protected] [replay]
+///
+/// "protected" puts the protections of hostkit around the engine, "replay" makes the server tell of deletions from the
+/// beginning of a zone.
 
+#include <charconv>
 #include <cstdio>
-#include <cstdlib>
+#include <optional>
 #include <string_view>
 
 #include "tests/simulation/seeded_options.hpp"
 #include "tests/simulation/simulated_world.hpp"
 
-int main(int count, char** arguments) {
-    using namespace quendokit::simulation;
-    if (count < 3) {
-        std::fprintf(stderr, "usage: simulate FIRST-SEED COUNT [DAYS [protected]]\n");
-        return 64;
+namespace {
+
+using namespace quendokit::simulation;
+
+template <typename Number>
+std::optional<Number> numberOf(std::string_view text) {
+    Number number{};
+    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isWhole = failure == std::errc() && end == text.data() + text.size() && number > Number{};
+    return isWhole ? std::optional(number) : std::nullopt;
+}
+
+/// Sets what `word` names; false when it names nothing.
+bool apply(std::string_view word, SimulationOptions& options) {
+    if (word == "protected") {
+        options.protections.emplace();
+    } else if (word == "replay") {
+        options.replaysDeletions = true;
+    } else {
+        return false;
     }
-    const std::uint64_t first = std::strtoull(arguments[1], nullptr, 10);
-    const std::uint64_t runs = std::strtoull(arguments[2], nullptr, 10);
+    return true;
+}
+
+int usage() {
+    std::fprintf(stderr, "usage: simulate FIRST-SEED COUNT DAYS [protected] [replay]\n");
+    return 2;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    const auto first = count > 3 ? numberOf<std::uint64_t>(arguments[1]) : std::nullopt;
+    const auto runs = count > 3 ? numberOf<std::uint64_t>(arguments[2]) : std::nullopt;
+    const auto days = count > 3 ? numberOf<double>(arguments[3]) : std::nullopt;
+    if (!first || !runs || !days) {
+        return usage();
+    }
     SimulationResult total;
-    for (std::uint64_t seed = first; seed < first + runs; ++seed) {
+    for (std::uint64_t seed = *first; seed < *first + *runs; ++seed) {
         SimulationOptions options = optionsOf(seed);
-        if (count > 3) {
-            options.days = std::strtod(arguments[3], nullptr);
-        }
-        if (count > 4 && arguments[4] == std::string_view("protected")) {
-            options.protections.emplace();
-            options.replaysDeletions = true;
+        options.days = *days;
+        for (int i = 4; i < count; ++i) {
+            if (!apply(arguments[i], options)) {
+                return usage();
+            }
         }
         const SimulationResult result = simulate(options);
         std::printf("%s: %s, hash %016llx\n", describe(options).c_str(), describe(result).c_str(),

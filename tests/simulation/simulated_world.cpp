@@ -170,6 +170,11 @@ private:
                 devices_[i]->start();
             }
         }
+        if (options_.protections && options_.protections->syncDriver) {
+            // The hosts have to see to it themselves.
+            wait(700);
+            return;
+        }
         wait(30);
         for (const auto& device : devices_) {
             device->crash();
