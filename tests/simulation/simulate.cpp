@@ -2,6 +2,8 @@
 /// Runs simulations of many seeds, as long as one likes, and prints what came of them.
 ///
 ///     simulate FIRST-SEED COUNT [DAYS [protected]]
+///
+/// Protected devices have writes that fail, too.
 
 #include <cstdio>
 #include <cstdlib>
@@ -27,6 +29,7 @@ int main(int count, char** arguments) {
         if (count > 4 && arguments[4] == std::string_view("protected")) {
             options.protections.emplace();
             options.replaysDeletions = true;
+            options.failingWrites = true;
         }
         const SimulationResult result = simulate(options);
         std::printf("%s: %s, hash %016llx\n", describe(options).c_str(), describe(result).c_str(),
