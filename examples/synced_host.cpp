@@ -1,6 +1,7 @@
 #include <chrono>
 #include <clocale>
 #include <cstdio>
+#include <memory>
 
 #include "adapters/linux/linux_platform.hpp"
 #include "hostkit/guarded_container_provider.hpp"
@@ -22,6 +23,14 @@ int main() {
     host.folders = LinuxFolders::inOne("synced-host");
     host.AppIdentifier = "org.example.reminders";
     host.CloudContainerIdentifier = "iCloud.org.example.reminders";
+    // What could not be written here is downloaded again.
+    const auto guarded = std::make_shared<std::weak_ptr<GuardedCloudDatabase>>();
+    host.onFailure = [guarded](const Error& error) {
+        std::fprintf(stderr, "%s\n", error.description.c_str());
+        if (const auto database = guarded->lock()) {
+            database->writeFailed();
+        }
+    };
     LinuxPlatform platform = makeLinuxPlatform(host);
 
     // The cloud: here one in memory. A guard stands between it and the engine.
@@ -45,6 +54,7 @@ int main() {
     const auto reminders = ReminderController::create(nullptr, realm.value(), nullptr, manager);
     const auto guard = guards->database(host.CloudContainerIdentifier);
     guard->setTokenGate(gate);
+    *guarded = guard;
     const auto driver = SyncDriver::create(manager, guard);
     database->setPushHandler([driver](const CKSubscription&) { driver->pushed(); });
 

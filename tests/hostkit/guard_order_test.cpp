@@ -118,8 +118,9 @@ TEST_F(GuardOrder, OneThatWaitsForOthersNeitherReplacesNorIsReplaced) {
     blocked->addDependency(never);
     add(uploadOf("first", {"a"}));
     add(blocked);
+    EXPECT_EQ(taken(), Lines{"fetch zones Reminder Zone"});
     add(uploadOf("last", {"a"}));
-    EXPECT_EQ(taken(), (Lines{"fetch zones Reminder Zone", "answer to first: A later upload takes its place."}));
+    EXPECT_EQ(taken(), Lines{"answer to first: A later upload takes its place."});
     EXPECT_EQ(database->waitingCount(), 2U);
 }
 
@@ -131,6 +132,36 @@ TEST_F(GuardOrder, ALaterDownloadDoesTheWorkOfOneThatWaits) {
     EXPECT_EQ(taken(), (Lines{"fetch zones Reminder Zone", "answer to earlier:"}));
     answerFetch();
     EXPECT_EQ(taken(), (Lines{"answer to busy:", "download from T2"}));
+}
+
+TEST_F(GuardOrder, ADownloadThatWaitsForOthersNeitherReplacesNorIsReplaced) {
+    guard();
+    add(fetchOf("busy"));
+    const auto never = fetchOf("never");
+    const auto blocked = downloadOf("blocked", token("T1"));
+    blocked->addDependency(never);
+    const auto alsoBlocked = downloadOf("also blocked", token("T3"));
+    alsoBlocked->addDependency(never);
+    add(blocked);
+    add(downloadOf("free", token("T2")));
+    add(alsoBlocked);
+    EXPECT_EQ(taken(), Lines{"fetch zones Reminder Zone"});
+    EXPECT_EQ(database->waitingCount(), 3U);
+}
+
+TEST_F(GuardOrder, WhereSeveralMayBeOnTheirWayNoneStandsForAnother) {
+    CloudGuardOptions options = unguarded();
+    options.waitsForNetwork = true;
+    guard(options);
+    add(fetchOf("1"));
+    answerFetch(offline());
+    add(uploadOf("2", {"a"}));
+    add(uploadOf("3", {"a"}));
+    add(downloadOf("4", token("T1")));
+    add(downloadOf("5", token("T2")));
+    EXPECT_EQ(database->waitingCount(), 5U);
+    pass(std::chrono::seconds(1));
+    EXPECT_EQ(database->runningCount(), 5U);
 }
 
 TEST_F(GuardOrder, ADownloadOfAnotherZoneIsNotReplaced) {

@@ -63,6 +63,16 @@ TEST_F(GuardShield, AnUploadThatWaitsAlreadyIsTheOneAndComesFirst) {
     EXPECT_EQ(taken(), (Lines{"answer to mine: a", "download from T0"}));
 }
 
+TEST_F(GuardShield, AnUploadThatWaitsForOthersIsNotTheOne) {
+    guardManager();
+    const auto blocked = uploadOf("blocked", {"a"});
+    blocked->addDependency(fetchOf("never"));
+    add(blocked);
+    setUnsent({"b"});
+    download();
+    EXPECT_EQ(taken(), Lines{"upload b delete"});
+}
+
 TEST_F(GuardShield, WithNothingUnsentADownloadGoesAtOnce) {
     guardManager();
     download();

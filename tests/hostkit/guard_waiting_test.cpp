@@ -99,6 +99,21 @@ TEST_F(GuardWaiting, AFailureOfTheNetworkInBetweenGivesTheServerAnotherTry) {
     EXPECT_TRUE(database->waitsBecause());
 }
 
+TEST_F(GuardWaiting, EachRequestOfAnUploadHasASecondTry) {
+    CloudGuardOptions options;
+    options.itemsPerRequest = 1;
+    guard(options);
+    add(uploadOf("1", {"a", "b"}));
+    failUpload(failure(CKErrorCode::internalError));
+    pass(1s);
+    confirmUpload();
+    failUpload(failure(CKErrorCode::internalError));
+    EXPECT_TRUE(database->waitsBecause());
+    pass(1s);
+    confirmUpload();
+    EXPECT_EQ(Lines({taken().back()}), Lines{"answer to 1: a b"});
+}
+
 TEST_F(GuardWaiting, EachFailureDoublesTheWaitUpToFiveMinutes) {
     guard();
     listen();

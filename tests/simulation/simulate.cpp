@@ -3,8 +3,8 @@
 ///
 ///     simulate FIRST-SEED COUNT DAYS [protected] [replay]
 ///
-/// "protected" puts the protections of hostkit around the engine, "replay" makes the server tell of deletions from the
-/// beginning of a zone.
+/// "protected" puts the protections of hostkit around the engine, and lets writes fail, "replay" makes the server tell
+/// of deletions from the beginning of a zone.
 
 #include <charconv>
 #include <cstdio>
@@ -30,6 +30,7 @@ std::optional<Number> numberOf(std::string_view text) {
 bool apply(std::string_view word, SimulationOptions& options) {
     if (word == "protected") {
         options.protections.emplace();
+        options.failingWrites = true;
     } else if (word == "replay") {
         options.replaysDeletions = true;
     } else {

@@ -18,6 +18,7 @@
 #include "testing/manual_run_loop.hpp"
 #include "testing/recording_notification_center.hpp"
 #include "testing/scripted_cloud_database.hpp"
+#include "tests/simulation/failing_realm.hpp"
 #include "tests/simulation/sync_watcher.hpp"
 
 namespace quendokit::simulation {
@@ -241,8 +242,7 @@ void SimulatedDevice::start() {
     surroundings_.log->add("start");
     process_->host = std::make_shared<Host>(surroundings_.log, lastScheduledID_);
     process_->manager = ReminderSyncManager::create(settings_.name, settings_.method);
-    process_->controller = ReminderController::create(process_->host, Realm::open(QuendoKitConfig()).value(),
-                                                      process_->host, process_->manager);
+    process_->controller = ReminderController::create(process_->host, openRealm(), process_->host, process_->manager);
     if (process_->guards) {
         const auto guard = process_->guards->database(container);
         guard->attach(process_->manager);
@@ -251,6 +251,18 @@ void SimulatedDevice::start() {
             process_->driver = SyncDriver::create(process_->manager, guard);
         }
     }
+}
+
+std::shared_ptr<Realm> SimulatedDevice::openRealm() {
+    auto realm = std::dynamic_pointer_cast<testing::InMemoryRealm>(Realm::open(QuendoKitConfig()).value());
+    return std::make_shared<FailingRealm>(
+        std::move(realm), [this] { return writesMayFail_ && settings_.failsWrite && settings_.failsWrite(); },
+        [this] {
+            surroundings_.log->add("a write failed");
+            if (process_->guards && settings_.protections->tellsOfFailedWrites) {
+                process_->guards->database(container)->writeFailed();
+            }
+        });
 }
 
 void SimulatedDevice::crash() {
@@ -297,7 +309,7 @@ void SimulatedDevice::runNextEvent() {
     const auto mainDue = process_->mainQueue->nextDue();
     const auto networkDue = process_->network->nextDue();
     if (mainDue && (!networkDue || *mainDue <= *networkDue)) {
-        process_->mainQueue->runNext();
+        runMainTaskNow();
     } else {
         process_->network->runNext();
     }
@@ -310,7 +322,14 @@ bool SimulatedDevice::runNetworkTask() {
 
 bool SimulatedDevice::runMainTask() {
     enter();
-    return process_->mainQueue->runNext();
+    return runMainTaskNow();
+}
+
+bool SimulatedDevice::runMainTaskNow() {
+    writesMayFail_ = true;
+    const bool ran = process_->mainQueue->runNext();
+    writesMayFail_ = false;
+    return ran;
 }
 
 void SimulatedDevice::settle() {
@@ -329,7 +348,11 @@ void SimulatedDevice::act(const std::function<void(ReminderController&, Reminder
 void SimulatedDevice::change(const std::string& id, const std::function<void(ReminderController&)>& change) {
     act([&](ReminderController& controller, ReminderSyncManager&) {
         if (process_->guards) {
-            process_->guards->database(container)->perform({id}, [&controller, change] { change(controller); });
+            process_->guards->database(container)->perform({id}, [this, &controller, change] {
+                const bool mayFail = std::exchange(writesMayFail_, false);
+                change(controller);
+                writesMayFail_ = mayFail;
+            });
         } else {
             change(controller);
         }

@@ -50,6 +50,8 @@ struct Protections {
     CloudGuardOptions guard;
     bool tokenGate = true;
     bool syncDriver = true;
+    /// The guard hears of failed writes.
+    bool tellsOfFailedWrites = true;
 };
 
 /// What devices have in common.
@@ -75,6 +77,9 @@ public:
         SimulatedQueue::Latency mainLatency = {};
         /// What becomes of the next request; it succeeds when absent.
         testing::InMemoryCloudDatabase::Faults faults = {};
+        /// Whether the next write of something that was queued on the main queue fails; none does when absent. What the
+        /// person changes is written, or the person would know.
+        std::function<bool()> failsWrite = {};
         std::uint64_t seed = 0;
         /// Absent: a plain host.
         std::optional<Protections> protections = {};
@@ -128,6 +133,8 @@ private:
     /// Installs the services of the process, or of the device while there is none, and moves its clock to the true
     /// time.
     void enter() const;
+    bool runMainTaskNow();
+    [[nodiscard]] std::shared_ptr<Realm> openRealm();
     [[nodiscard]] platform::Services durableServices() const;
     [[nodiscard]] std::vector<ReminderItem> storedNow() const;
 
@@ -140,6 +147,7 @@ private:
         std::make_shared<testing::InMemoryUbiquitousStore>();
     const std::shared_ptr<testing::InMemoryRealmProvider> realms_ = std::make_shared<testing::InMemoryRealmProvider>();
     std::string lastScheduledID_;
+    bool writesMayFail_ = false;
     std::unique_ptr<Process> process_;
 };
 

@@ -75,6 +75,7 @@ private:
         };
         settings.mainLatency = [this] { return seconds(random_.chance(0.05) ? random_.between(0, 0.2) : 0); };
         settings.faults = [this, index] { return fault(states_[index]); };
+        settings.failsWrite = [this] { return faultsAreOn_ && options_.failingWrites && random_.chance(0.05); };
         settings.protections = options_.protections;
         if (settings.protections) {
             settings.protections->guard.jitter = [this] { return random_.fraction(); };
@@ -280,6 +281,7 @@ std::string describe(const SimulationOptions& options) {
     text += options.lostRequests ? ", lost requests" : "";
     text += options.crashes ? ", crashes" : "";
     text += options.expiredTokens ? ", expired tokens" : "";
+    text += options.failingWrites ? ", failing writes" : "";
     text += options.protections ? ", protected" : "";
     text += options.bursts ? "" : ", no bursts";
     text += options.crashAtEvent > 0 ? ", crash at event " + std::to_string(options.crashAtEvent) : "";

@@ -28,6 +28,7 @@ struct SimulationOptions {
     bool lostRequests = false;
     bool crashes = false;
     bool expiredTokens = false;
+    bool failingWrites = false;
     /// The device whose event it would be crashes instead of the event of that number; 0: none does.
     std::size_t crashAtEvent = 0;
     /// Whether the server tells of deletions from the beginning.

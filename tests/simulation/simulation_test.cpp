@@ -116,6 +116,38 @@ TEST(Simulation, ProtectedDevicesLoseNothing) {
     EXPECT_GT(total.crashes, 20U);
 }
 
+TEST(Simulation, ProtectedDevicesLoseNothingThroughFailedWrites) {
+    SimulationResult total;
+    for (std::uint64_t seed = 21; seed <= 26; ++seed) {
+        SimulationOptions options = withAllFaults(seed);
+        options.failingWrites = true;
+        options.actionsPerDay = 200;
+        options.days = 0.2;
+        options.replaysDeletions = true;
+        options.protections.emplace();
+        const SimulationResult result = simulate(options);
+        expectSound(options, result);
+        EXPECT_EQ(result.wrong + result.ghosts, 0U) << describe(options) << ": " << describe(result);
+        add(total, result);
+    }
+    std::printf("%.0f device-days: %s\n", total.deviceDays, describe(total).c_str());
+}
+
+TEST(Simulation, LosesThroughFailedWritesWhatTheGuardDoesNotHearOf) {
+    SimulationResult total;
+    for (std::uint64_t seed = 21; seed <= 26; ++seed) {
+        SimulationOptions options;
+        options.seed = seed;
+        options.failingWrites = true;
+        options.actionsPerDay = 200;
+        options.days = 0.1;
+        options.protections.emplace();
+        options.protections->tellsOfFailedWrites = false;
+        add(total, simulate(options));
+    }
+    EXPECT_GT(total.wrong + total.ghosts, 0U) << describe(total);
+}
+
 /// One crash at every event of a small world, one after the other: none of it is left to chance.
 SimulationResult crashAtEveryEvent(SimulationOptions options) {
     options.seed = 11;

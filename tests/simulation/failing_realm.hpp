@@ -1,0 +1,54 @@
+#pragma once
+/// \file
+/// `FailingRealm`, a database on a disk that is full now and then.
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "testing/in_memory_realm.hpp"
+
+namespace quendokit::simulation {
+
+/// Stands before another database. One thread.
+class FailingRealm final : public Realm {
+public:
+    /// `fails` is asked at each write; `onFailure` is told inside each one that failed, before it returns.
+    FailingRealm(std::shared_ptr<testing::InMemoryRealm> realm, std::function<bool()> fails,
+                 std::function<void()> onFailure)
+        : realm_(std::move(realm)), fails_(std::move(fails)), onFailure_(std::move(onFailure)) {}
+
+    [[nodiscard]] std::optional<Error> write(const std::function<void()>& changes) override {
+        if (fails_()) {
+            realm_->failWrites(1, testing::FailAt::commit, {"Realm", 1, "The disk is full."});
+        }
+        auto failure = realm_->write(changes);
+        if (failure) {
+            onFailure_();
+        }
+        return failure;
+    }
+    void read(const std::function<void()>& reads) const override { realm_->read(reads); }
+    void deleteAll() override { realm_->deleteAll(); }
+    void visitRows(const Query& query, const RowVisitor& visitor) const override { realm_->visitRows(query, visitor); }
+    [[nodiscard]] bool answersInOrder(const Query& query) const override { return realm_->answersInOrder(query); }
+    [[nodiscard]] std::size_t countRows(const Query& query) const override { return realm_->countRows(query); }
+    void addRow(const ObjectSchema& schema, const std::function<void(RowWriter&)>& fill, bool update) override {
+        realm_->addRow(schema, fill, update);
+    }
+    void setValues(const ObjectSchema& schema, std::string_view primaryKey,
+                   std::span<const Assignment> assignments) override {
+        realm_->setValues(schema, primaryKey, assignments);
+    }
+    void deleteRow(const ObjectSchema& schema, std::string_view primaryKey) override {
+        realm_->deleteRow(schema, primaryKey);
+    }
+
+private:
+    const std::shared_ptr<testing::InMemoryRealm> realm_;
+    const std::function<bool()> fails_;
+    const std::function<void()> onFailure_;
+};
+
+}  // namespace quendokit::simulation
