@@ -19,7 +19,8 @@ struct CloudGuardOptions {
     /// One operation is on its way at a time, the first that is ready first: uploads cannot overtake each other.
     bool oneAtATime = true;
     /// Being offline is waiting, not an error: what failed for a while is tried again, after 1 second at first and
-    /// after 5 minutes at most, or after what the server asks for. What no waiting helps comes out.
+    /// after 5 minutes at most, or after what the server asks for, a day at most. What no waiting helps comes out, and
+    /// so does what the server itself fails over twice.
     bool waitsForNetwork = true;
     /// Before a download, what is unsent is uploaded, once.
     bool uploadsFirst = true;
@@ -27,7 +28,8 @@ struct CloudGuardOptions {
     /// What this process has uploaded itself is dropped, too.
     bool shieldsUnsent = true;
     /// An upload goes in requests of 200 items and a megabyte. When the server refuses one, its items are sent in ever
-    /// smaller ones until those that it refuses stand alone; they wait until they change.
+    /// smaller ones until those that it refuses stand alone; they wait until they change. One with another save policy
+    /// than the engine's is all or none, and goes as it is.
     bool splitsUploads = true;
     /// Text that the service takes not (no UTF-8, or a zero byte in it) is not sent.
     bool checksText = true;
@@ -56,7 +58,7 @@ struct CloudGuardEvents {
     std::function<void(const std::vector<CKRecord>&, const std::vector<CKRecordID>&)> received = {};
     /// Something failed that is tried again after a while.
     std::function<void(const Error&, std::chrono::nanoseconds)> waits = {};
-    /// One line for the log: an item that the server does not take.
+    /// One line for the log, in a later turn: an item that the server does not take.
     std::function<void(const std::string&)> reports = {};
 };
 

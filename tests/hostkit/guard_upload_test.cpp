@@ -89,6 +89,19 @@ TEST_F(GuardUpload, AMegabyteIsOneRequestAndALargerRecordGoesAlone) {
                               "answer to 1: a b c d e f", "ended"}));
 }
 
+TEST_F(GuardUpload, ARequestMayBeExactlyFull) {
+    CloudGuardOptions options;
+    options.bytesPerRequest = 402;  // two deletions of names with one letter
+    begin(options);
+    add(uploadOf("1", {}, {"a", "b", "c"}));
+    EXPECT_EQ(serve({}), 2U);
+    EXPECT_EQ(Lines({taken().front()}), Lines{"upload delete a b"});
+    options.bytesPerRequest = 401;
+    begin(options);
+    add(uploadOf("2", {}, {"a", "b", "c"}));
+    EXPECT_EQ(serve({}), 3U);
+}
+
 TEST_F(GuardUpload, TextAndBytesCountNumbersHardly) {
     CloudGuardOptions options;
     options.bytesPerRequest = 2'000;
@@ -224,6 +237,16 @@ TEST_F(GuardUpload, AnErrorOfTheWholeWithNothingTakenIsTheAnswer) {
     failUpload(failure(CKErrorCode::quotaExceeded));
     EXPECT_EQ(taken(), (Lines{"upload a delete", "answer to 1: Failed 25.", "ended Failed 25."}));
     EXPECT_EQ(cloud->operationCount(), 0U);
+}
+
+TEST_F(GuardUpload, WhatComesNextToAnErrorDoesNotCountAsTaken) {
+    begin();
+    add(uploadOf("1", {"a", "b"}, {"c"}));
+    const auto request = cloud->take<CKModifyRecordsOperation>();
+    request->modifyRecordsCompletion(request->recordsToSave, request->recordIDsToDelete,
+                                     failure(CKErrorCode::quotaExceeded));
+    mainQueue->runAll();
+    EXPECT_EQ(taken(), (Lines{"upload a b delete c", "answer to 1: Failed 25.", "ended Failed 25."}));
 }
 
 TEST_F(GuardUpload, AfterAWaitItGoesOnWhereItWas) {
