@@ -30,7 +30,8 @@ public:
 
     /// How many changes one page holds at most; 200 at first. Fatal if 0.
     void setPageSize(std::size_t size);
-    /// How many items one operation may hold; 200 at first. More are refused with `limitExceeded`.
+    /// How many records one operation may save and delete, counted together; 200 at first. More are refused with
+    /// `limitExceeded`.
     void setRequestLimit(std::size_t count);
     /// Whether a read from the beginning of a zone tells of deletions too; false at first.
     void setReplaysDeletions(bool replays);
@@ -75,7 +76,7 @@ private:
     std::size_t requestLimit_ = 200;
     bool replaysDeletions_ = false;
     std::uint64_t lastIdentity_ = 0;
-    /// Tokens of zones made before are expired when they name an earlier one.
+    /// How often all tokens have expired; a token says when it was given out, and one of an earlier time is refused.
     std::uint64_t tokenGeneration_ = 0;
     std::map<CKRecordZoneID, Zone> zones_;
     std::vector<CKSubscription> subscriptions_;

@@ -41,7 +41,8 @@ public:
 
     /// Before the first request.
     void setFaults(Faults faults) { faults_ = std::move(faults); }
-    /// Called on the queue when another device has changed a zone with a subscription. Before the first request.
+    /// Called on the queue when another device has changed a zone with a subscription. At any time on the thread that
+    /// runs the queue.
     void setPushHandler(PushHandler handler) { pushHandler_ = std::move(handler); }
 
     void add(std::shared_ptr<CKDatabaseOperation> operation) override;

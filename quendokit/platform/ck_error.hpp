@@ -17,7 +17,7 @@ inline constexpr std::string_view CKErrorDomain = "CKErrorDomain";
 enum class CKErrorCode : int {
     /// The server or the adapter failed in a way that nothing here can mend.
     internalError = 1,
-    /// Some of the items were not taken; nothing says which were.
+    /// Some of the items were refused, so none was taken; nothing says which were refused.
     partialFailure = 2,
     /// There is no network.
     networkUnavailable = 3,

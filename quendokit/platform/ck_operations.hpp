@@ -50,7 +50,7 @@ public:
         modifyRecordZonesCompletion;
 };
 
-/// Makes and removes subscriptions.
+/// Makes and removes subscriptions, and answers which it saved and which it deleted.
 class CKModifySubscriptionsOperation final : public CKDatabaseOperation {
 public:
     CKModifySubscriptionsOperation(std::optional<std::vector<CKSubscription>> toSave,
@@ -93,8 +93,9 @@ public:
         modifyRecordsCompletion;
 };
 
-/// Reads one page of what changed in a zone, in the order of the changes: each record once, in its last state. Changes
-/// of this device may be among them or not. A page may be empty although another one is coming.
+/// Reads one page of what changed in a zone, in the order of the changes, records of one request in the order in which
+/// it gave them: each record once, in its last state. Changes of this device may be among them or not. A page may be
+/// empty although another one is coming.
 class CKFetchRecordChangesOperation final : public CKDatabaseOperation {
 public:
     /// Without a token from the beginning of the zone: what is in it, perhaps also what went. A token may be used

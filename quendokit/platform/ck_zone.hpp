@@ -26,7 +26,7 @@ struct CKNotificationInfo {
     friend bool operator==(const CKNotificationInfo&, const CKNotificationInfo&) = default;
 };
 
-/// A wish to hear of every change in a zone. Plain value.
+/// A wish to hear of every change that another device makes in a zone. Plain value.
 struct CKSubscription {
     CKRecordZoneID zoneID;
     std::string subscriptionID;

@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include "quendokit/platform/ck_error.hpp"
+#include "testing/conformance/awaited_answer.hpp"
 #include "testing/conformance/cloud_database_factory.hpp"
 
 namespace quendokit::testing {
@@ -72,28 +73,28 @@ protected:
     std::optional<Error> changeZones(CKDatabase& database, std::optional<std::vector<CKRecordZone>> toSave,
                                      std::optional<std::vector<CKRecordZoneID>> toDelete) {
         const auto operation = std::make_shared<CKModifyRecordZonesOperation>(std::move(toSave), std::move(toDelete));
-        std::promise<std::optional<Error>> answer;
-        operation->modifyRecordZonesCompletion = [&](const auto&, const auto&, const std::optional<Error>& error) {
-            answer.set_value(error);
+        const auto answer = std::make_shared<AwaitedAnswer<std::optional<Error>>>();
+        operation->modifyRecordZonesCompletion = [answer](const auto&, const auto&, const std::optional<Error>& error) {
+            answer->set(error);
         };
         run(database, operation);
-        return wait(answer.get_future());
+        return wait(answer->future());
     }
     /// The names of the zones that were found.
     Names foundZones(CKDatabase& database, std::vector<CKRecordZoneID> ids) {
         const auto operation = std::make_shared<CKFetchRecordZonesOperation>(std::move(ids));
-        std::promise<Names> answer;
-        operation->fetchRecordZonesCompletion = [&](const auto& zones, const std::optional<Error>& error) {
+        const auto answer = std::make_shared<AwaitedAnswer<Names>>();
+        operation->fetchRecordZonesCompletion = [answer](const auto& zones, const std::optional<Error>& error) {
             EXPECT_FALSE(error) << error->description;
             Names names;
             for (const auto& [id, zone] : zones.value_or(CKFetchRecordZonesOperation::Zones())) {
                 EXPECT_EQ(zone.zoneID, id);
                 names.push_back(id.zoneName);
             }
-            answer.set_value(names);
+            answer->set(std::move(names));
         };
         run(database, operation);
-        return wait(answer.get_future());
+        return wait(answer->future());
     }
 
     [[nodiscard]] CKRecord record(const std::string& name, const std::string& text = "text") const {
@@ -106,12 +107,12 @@ protected:
                  CKRecordSavePolicy policy = CKRecordSavePolicy::allKeys) {
         const auto operation = std::make_shared<CKModifyRecordsOperation>(std::move(toSave), std::move(toDelete));
         operation->savePolicy = policy;
-        std::promise<Saved> answer;
-        operation->modifyRecordsCompletion = [&](auto records, auto deleted, auto error) {
-            answer.set_value({std::move(records), std::move(deleted), std::move(error)});
+        const auto answer = std::make_shared<AwaitedAnswer<Saved>>();
+        operation->modifyRecordsCompletion = [answer](auto records, auto deleted, auto error) {
+            answer->set({std::move(records), std::move(deleted), std::move(error)});
         };
         run(database, operation);
-        return wait(answer.get_future());
+        return wait(answer->future());
     }
     /// Saves records of those names and texts, and expects that to succeed.
     void save(CKDatabase& database, const std::vector<CKRecord>& records) {
@@ -130,7 +131,7 @@ protected:
     Page fetchPage(CKDatabase& database, const Token& from) {
         const auto operation = std::make_shared<CKFetchRecordChangesOperation>(zoneID, from);
         auto page = std::make_shared<Page>();
-        std::promise<Page> answer;
+        const auto answer = std::make_shared<AwaitedAnswer<Page>>();
         operation->recordChanged = [page](const CKRecord& record) {
             page->changes.push_back(record.recordID().recordName);
             page->records.emplace(record.recordID().recordName, record);
@@ -138,15 +139,15 @@ protected:
         operation->recordWithIDWasDeleted = [page](const CKRecordID& id) {
             page->changes.push_back("-" + id.recordName);
         };
-        operation->fetchRecordChangesCompletion = [&, page, itself = operation.get()](const auto& token, const auto&,
-                                                                                      const auto& error) {
+        operation->fetchRecordChangesCompletion = [answer, page, itself = operation.get()](
+                                                      const auto& token, const auto&, const auto& error) {
             page->token = token;
             page->error = error;
             page->moreComing = itself->moreComing;
-            answer.set_value(*page);
+            answer->set(*page);
         };
         run(database, operation);
-        return wait(answer.get_future());
+        return wait(answer->future());
     }
     /// All pages since `from`, as one.
     Page fetchAll(CKDatabase& database, const Token& from) {

@@ -91,23 +91,22 @@ protected:
     using Found = std::pair<std::optional<CKSubscription>, std::optional<Error>>;
 
     Found find(CKDatabase& database, const std::string& id) {
-        const auto answer = std::make_shared<std::promise<Found>>();
-        database.fetch(id,
-                       [answer](auto found, auto error) { answer->set_value({std::move(found), std::move(error)}); });
-        return wait(answer->get_future());
+        const auto answer = std::make_shared<AwaitedAnswer<Found>>();
+        database.fetch(id, [answer](auto found, auto error) { answer->set({std::move(found), std::move(error)}); });
+        return wait(answer->future());
     }
     Found subscribe(CKDatabase& database, const CKSubscription& subscription) {
-        const auto answer = std::make_shared<std::promise<Found>>();
+        const auto answer = std::make_shared<AwaitedAnswer<Found>>();
         database.save(subscription,
-                      [answer](auto saved, auto error) { answer->set_value({std::move(saved), std::move(error)}); });
-        return wait(answer->get_future());
+                      [answer](auto saved, auto error) { answer->set({std::move(saved), std::move(error)}); });
+        return wait(answer->future());
     }
     Names all(CKDatabase& database) {
         using All = std::pair<std::optional<std::vector<CKSubscription>>, std::optional<Error>>;
-        const auto answer = std::make_shared<std::promise<All>>();
+        const auto answer = std::make_shared<AwaitedAnswer<All>>();
         database.fetchAllSubscriptions(
-            [answer](auto list, auto error) { answer->set_value({std::move(list), std::move(error)}); });
-        const All came = wait(answer->get_future());
+            [answer](auto list, auto error) { answer->set({std::move(list), std::move(error)}); });
+        const All came = wait(answer->future());
         EXPECT_TRUE(came.first) << "an empty list is a list";
         EXPECT_FALSE(came.second);
         Names ids;
@@ -149,13 +148,13 @@ TEST_P(CloudSubscriptionConformance, SavingOneAgainSucceeds) {
 TEST_P(CloudSubscriptionConformance, OnesThatAreDeletedAreGone) {
     subscribe(here, wanted);
     const auto operation = std::make_shared<CKModifySubscriptionsOperation>(std::nullopt, Names{wanted.subscriptionID});
-    const auto answer = std::make_shared<std::promise<std::optional<Names>>>();
+    const auto answer = std::make_shared<AwaitedAnswer<std::optional<Names>>>();
     operation->modifySubscriptionsCompletion = [answer](const auto&, const auto& deleted, const auto& error) {
         EXPECT_FALSE(error);
-        answer->set_value(deleted);
+        answer->set(deleted);
     };
     run(here, operation);
-    EXPECT_EQ(wait(answer->get_future()), Names{wanted.subscriptionID});
+    EXPECT_EQ(wait(answer->future()), Names{wanted.subscriptionID});
     EXPECT_EQ(all(here), Names{});
     EXPECT_FALSE(find(here, wanted.subscriptionID).first);
 }

@@ -26,12 +26,12 @@ TEST_P(CloudDatabaseConformance, MakingAZoneAgainKeepsWhatIsInIt) {
 TEST_P(CloudDatabaseConformance, AZoneAnswersTheZonesThatItSaved) {
     const auto operation =
         std::make_shared<CKModifyRecordZonesOperation>(std::vector{CKRecordZone{zoneID}}, std::nullopt);
-    std::promise<std::optional<std::vector<CKRecordZone>>> answer;
-    operation->modifyRecordZonesCompletion = [&](const auto& saved, const auto&, const auto&) {
-        answer.set_value(saved);
+    const auto answer = std::make_shared<AwaitedAnswer<std::optional<std::vector<CKRecordZone>>>>();
+    operation->modifyRecordZonesCompletion = [answer](const auto& saved, const auto&, const auto&) {
+        answer->set(saved);
     };
     run(here, operation);
-    EXPECT_EQ(wait(answer.get_future()), std::vector{CKRecordZone{zoneID}});
+    EXPECT_EQ(wait(answer->future()), std::vector{CKRecordZone{zoneID}});
 }
 
 TEST_P(CloudDatabaseConformance, AZoneGoesWithItsRecords) {

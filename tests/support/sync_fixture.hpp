@@ -108,6 +108,7 @@ protected:
     const std::shared_ptr<InMemoryUserDefaults> defaults = std::make_shared<InMemoryUserDefaults>();
     const std::shared_ptr<RecordingNotificationCenter> center = std::make_shared<RecordingNotificationCenter>();
     const std::shared_ptr<ManualRunLoop> mainLoop = std::make_shared<ManualRunLoop>(clock);
+    const std::shared_ptr<ManualRunLoopProvider> loops = std::make_shared<ManualRunLoopProvider>(mainLoop);
     const std::shared_ptr<ManualDispatchQueue> mainQueue = std::make_shared<ManualDispatchQueue>();
     std::shared_ptr<ReminderSyncManager> manager;
 
@@ -129,7 +130,7 @@ private:
         services.clock = clock;
         services.userDefaults = defaults;
         services.notificationCenter = center;
-        services.runLoopProvider = std::make_shared<ManualRunLoopProvider>(mainLoop);
+        services.runLoopProvider = loops;
         services.mainQueue = mainQueue;
         services.containerProvider = containers;
         services.standardOutput = std::make_shared<TracingSink>(trace, "");

@@ -1,5 +1,5 @@
 /// \file
-/// What the controller asks of its sync manager, and when.
+/// What the controller asks of its sync manager.
 
 #include "quendokit/store/quendokit_config.hpp"
 #include "quendokit/store/reminder_controller.hpp"
@@ -113,23 +113,6 @@ TEST_F(ControllerWithSync, WhatArrivesAsksForASyncAndADeletionOrConfirmationDoes
         controller->deleteReminder("a");
         mainQueue->runAll();
     }));
-}
-
-TEST_F(ControllerWithSync, DeletingAsksForTheSyncBeforeItTellsTheDelegate) {
-    const ReminderStruct stored = put(item("a"));
-    bool required = false;
-    delegate->onRemove([&] { required = mainLoop->timerCount() == 1; });
-    controller->delete_(stored);
-    EXPECT_TRUE(required);
-}
-
-TEST_F(ControllerWithSync, PostponingAsksForTheSyncLast) {
-    const ReminderStruct stored = put(item("a"));
-    bool required = false;
-    delegate->onRemove([&] { required = mainLoop->timerCount() > 0; });
-    controller->postpone(stored, stored.condition());
-    EXPECT_FALSE(required);
-    EXPECT_EQ(mainLoop->timerCount(), 1U);
 }
 
 TEST_F(ControllerWithSync, UploadsWhatWasStoredAndConfirmsIt) {

@@ -168,6 +168,18 @@ TEST_F(Uploading, ThreeRequirementsInABurstAreOneUploadASecondAfterTheThird) {
     EXPECT_EQ(taken(), Lines{});
 }
 
+TEST_F(Uploading, ASyncAskedForOnAThreadWithItsOwnLoopWaitsOnTheMainLoop) {
+    const auto other = std::make_shared<ManualRunLoop>();
+    manager->pollingTimer()->invalidate();
+    {
+        const ManualRunLoopProvider::ScopedCurrent scope(*loops, other);
+        manager->requireSync();
+    }
+    EXPECT_EQ(other->timerCount(), 0U);
+    EXPECT_EQ(mainLoop->timerCount(), 1U);
+    EXPECT_EQ(mainLoop->timeUntilNextTimer(), std::chrono::seconds(1));
+}
+
 TEST_F(Uploading, RequiredWhileTheZoneIsUnknownDoesNothing) {
     manager.reset();
     make(SyncMethod::push);

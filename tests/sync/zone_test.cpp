@@ -40,6 +40,18 @@ TEST_F(PreparingTheZone, AZoneThatIsFoundIsPolledEverySixtySecondsWithoutASubscr
     EXPECT_EQ(taken(), Lines{"download from the beginning"});
 }
 
+TEST_F(PreparingTheZone, AnAnswerOnAThreadWithItsOwnLoopIsPolledOnTheMainLoop) {
+    const auto other = std::make_shared<ManualRunLoop>();
+    make(SyncMethod::polling);
+    {
+        const ManualRunLoopProvider::ScopedCurrent scope(*loops, other);
+        answerZone(true);
+    }
+    EXPECT_EQ(other->timerCount(), 0U);
+    EXPECT_EQ(mainLoop->timerCount(), 1U);
+    EXPECT_EQ(mainLoop->timeUntilNextTimer(), std::chrono::seconds(60));
+}
+
 TEST_F(PreparingTheZone, AZoneThatIsFoundIsSubscribedToWhenPushed) {
     make(SyncMethod::push);
     answerZone(true);
