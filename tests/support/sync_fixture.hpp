@@ -75,8 +75,8 @@ protected:
     }
 
     /// Makes a manager; nothing is answered yet.
-    void make(SyncMethod method) {
-        manager = ReminderSyncManager::create("this device", method);
+    void make(SyncMethod method, const std::string& deviceIdentifier = "this device") {
+        manager = ReminderSyncManager::create(deviceIdentifier, method);
         made_.push_back(manager);
     }
 
