@@ -136,6 +136,7 @@ TEST_F(Downloading, APageWithMoreComingStartsTheNextWithItsTokenAndPostsNothing)
 TEST_F(Downloading, MoreComingWithoutATokenBeginsAgainEachTimeAndPostsNothing) {
     auto page = download();
     for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(page);
         page->moreComing = true;
         page->fetchRecordChangesCompletion(std::nullopt, std::nullopt, std::nullopt);
         EXPECT_EQ(taken(), Lines{"download from the beginning"});
@@ -147,6 +148,7 @@ TEST_F(Downloading, MoreComingWithoutATokenBeginsAgainEachTimeAndPostsNothing) {
 TEST_F(Downloading, MoreComingWithTheSameTokenAsksForTheSamePageEachTimeAndPostsNothing) {
     auto page = download();
     for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(page);
         page->moreComing = true;
         page->fetchRecordChangesCompletion(token("T1"), std::nullopt, std::nullopt);
         EXPECT_EQ(taken(), Lines{"download from T1"});
