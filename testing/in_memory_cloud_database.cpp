@@ -1,6 +1,7 @@
 #include "testing/in_memory_cloud_database.hpp"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace quendokit::testing {

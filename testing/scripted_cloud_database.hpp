@@ -6,12 +6,12 @@
 #include <deque>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "quendokit/platform/ck_database.hpp"
 #include "quendokit/platform/export.hpp"
+#include "testing/one_cloud_database.hpp"
 #include "testing/trace.hpp"
 
 namespace quendokit::testing {
@@ -68,23 +68,6 @@ private:
 
     const std::shared_ptr<Trace> trace_;
     std::vector<std::shared_ptr<CKDatabaseOperation>> operations_;
-};
-
-/// Gives one database to every container.
-class OneCloudDatabase final : public CKContainerProvider {
-public:
-    explicit OneCloudDatabase(std::shared_ptr<CKDatabase> database) : database_(std::move(database)) {}
-
-    [[nodiscard]] std::shared_ptr<CKDatabase> privateCloudDatabase(std::string_view identifier) override {
-        lastIdentifier = identifier;
-        return database_;
-    }
-
-    /// The container that was asked for last.
-    std::string lastIdentifier;
-
-private:
-    const std::shared_ptr<CKDatabase> database_;
 };
 
 }  // namespace quendokit::testing

@@ -20,6 +20,7 @@
 #include "testing/manual_clock.hpp"
 #include "testing/manual_dispatch_queue.hpp"
 #include "testing/manual_run_loop_provider.hpp"
+#include "testing/one_cloud_database.hpp"
 #include "testing/recording_line_sink.hpp"
 #include "testing/recording_notification_center.hpp"
 #include "testing/recording_reminder_store.hpp"
@@ -75,8 +76,8 @@ protected:
     }
 
     /// Makes a manager; nothing is answered yet.
-    void make(SyncMethod method) {
-        manager = ReminderSyncManager::create("this device", method);
+    void make(SyncMethod method, const std::string& deviceIdentifier = "this device") {
+        manager = ReminderSyncManager::create(deviceIdentifier, method);
         made_.push_back(manager);
     }
 

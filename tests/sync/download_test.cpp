@@ -133,6 +133,29 @@ TEST_F(Downloading, APageWithMoreComingStartsTheNextWithItsTokenAndPostsNothing)
     EXPECT_EQ(taken(), Lines{"download from T2"});
 }
 
+TEST_F(Downloading, MoreComingWithoutATokenBeginsAgainEachTimeAndPostsNothing) {
+    auto page = download();
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(page);
+        page->moreComing = true;
+        page->fetchRecordChangesCompletion(std::nullopt, std::nullopt, std::nullopt);
+        EXPECT_EQ(taken(), Lines{"download from the beginning"});
+        EXPECT_FALSE(hasToken());
+        page = take();
+    }
+}
+
+TEST_F(Downloading, MoreComingWithTheSameTokenAsksForTheSamePageEachTimeAndPostsNothing) {
+    auto page = download();
+    for (int round = 0; round < 3; ++round) {
+        ASSERT_TRUE(page);
+        page->moreComing = true;
+        page->fetchRecordChangesCompletion(token("T1"), std::nullopt, std::nullopt);
+        EXPECT_EQ(taken(), Lines{"download from T1"});
+        page = take();
+    }
+}
+
 TEST_F(Downloading, MoreComingForNoManagerIsTheEnd) {
     const auto page = download();
     page->moreComing = true;
@@ -191,6 +214,17 @@ TEST_F(Downloading, ASettingThatIsNoTokenCountsAsNone) {
 TEST_F(Downloading, AnEmptyTokenIsATokenToo) {
     download()->fetchRecordChangesCompletion(token(""), std::nullopt, std::nullopt);
     EXPECT_TRUE(download()->previousServerChangeToken);
+}
+
+TEST_F(Downloading, ATokenOfAMegabyteSurvivesTheSettings) {
+    std::string text(1'048'576, '\0');
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        text[i] = static_cast<char>(i % 251);
+    }
+    download()->fetchRecordChangesCompletion(token(text), std::nullopt, std::nullopt);
+    make(SyncMethod::push);
+    // Two megabytes of differences would help nobody.
+    EXPECT_TRUE(download()->previousServerChangeToken == token(text));
 }
 
 TEST_F(Downloading, IsNotKeptByItself) {

@@ -32,7 +32,7 @@
 #include "testing/in_memory_realm.hpp"
 #include "testing/in_memory_user_defaults.hpp"
 #include "testing/manual_clock.hpp"
-#include "testing/scripted_cloud_database.hpp"
+#include "testing/one_cloud_database.hpp"
 #include "tests/support/reminder_items.hpp"
 #include "tests/sync/threaded_cloud.hpp"
 

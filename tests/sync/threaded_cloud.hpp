@@ -21,8 +21,7 @@ namespace quendokit::testing {
 
 /// Keeps one zone's records and answers on its threads, several operations at once and in any order. Until `beQuiet`
 /// some operations fail, subscriptions are refused, and another device changes records and saves some that are no
-/// reminders. A download from the
-/// beginning tells of every name there ever was, deleted ones too, in pages. Any thread.
+/// reminders. A download from the beginning tells of every name there ever was, deleted ones too, in pages. Any thread.
 class ThreadedCloud final : public CKDatabase {
 public:
     /// What was answered, counted when the completion had returned.

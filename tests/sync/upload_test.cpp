@@ -69,7 +69,6 @@ TEST_F(Uploading, SendsRecordsInTheirOrderWithAllTheirKeys) {
     EXPECT_EQ(*operation->recordIDsToDelete, (std::vector<CKRecordID>{{"d", zoneID}, {"c", zoneID}}));
     EXPECT_EQ(operation->savePolicy, CKRecordSavePolicy::allKeys);
     EXPECT_EQ(static_cast<int>(operation->savePolicy), 2);
-    EXPECT_FALSE(operation->clientChangeTokenData);
     // It is given to the database by whoever asked.
     EXPECT_EQ(taken(), Lines{});
 }

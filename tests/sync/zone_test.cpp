@@ -1,3 +1,4 @@
+#include "quendokit/sync/reminder_record.hpp"
 #include "tests/support/sync_fixture.hpp"
 
 namespace quendokit::testing {
@@ -220,6 +221,51 @@ TEST_F(PreparingTheZone, TheMethodsStandInTheirOrder) {
     manager = ReminderSyncManager::create("any other device");
     answerZone(true);
     EXPECT_EQ(trace->lines().back(), "fetch subscription Reminder Subscription");
+}
+
+class ManagersOfTwoDevices : public PreparingTheZone {
+protected:
+    struct Deeds {
+        Lines lines;
+        std::vector<CKRecord> sent;
+    };
+
+    /// What a manager does that makes its zone, reads a page, uploads a reminder and lives for another minute.
+    Deeds deedsOf(const std::string& deviceIdentifier, SyncMethod method) {
+        defaults->remove(tokenKey);
+        store->toUpload = std::vector{datedItem("c", Date(1'795'500'000))};
+        make(method, deviceIdentifier);
+        answerZone(false);
+        answerCreation(std::vector{CKRecordZone{zoneID}});
+        manager->setReminderStore(store);
+        const auto page = cloud->take<CKFetchRecordChangesOperation>();
+        page->recordChanged(makeCKRecord(datedItem("a", Date(1'795'400'000)), zoneID).value());
+        page->recordWithIDWasDeleted({"b", zoneID});
+        page->fetchRecordChangesCompletion(token("T1"), std::nullopt, std::nullopt);
+        manager->requireSync();
+        mainLoop->advanceBy(std::chrono::seconds(1));
+        const auto upload = cloud->take<CKModifyRecordsOperation>();
+        const std::vector<CKRecord> sent = upload->recordsToSave.value();
+        upload->modifyRecordsCompletion(sent, std::nullopt, std::nullopt);
+        mainLoop->advanceBy(std::chrono::seconds(60));
+        if (const auto timer = manager->pollingTimer()) {
+            timer->invalidate();
+        }
+        static_cast<void>(cloud->take<CKFetchRecordChangesOperation>());
+        return {taken(), sent};
+    }
+};
+
+TEST_F(ManagersOfTwoDevices, BehaveAlike) {
+    for (const SyncMethod method : {SyncMethod::polling, SyncMethod::push}) {
+        const Deeds first = deedsOf("this device", method);
+        EXPECT_EQ(first.sent.size(), 1U);
+        for (const char* const other : {"another device", ""}) {
+            const Deeds second = deedsOf(other, method);
+            EXPECT_EQ(first.lines, second.lines);
+            EXPECT_TRUE(first.sent == second.sent);
+        }
+    }
 }
 
 using PreparingTheZoneDeathTest = PreparingTheZone;
