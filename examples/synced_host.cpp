@@ -13,7 +13,7 @@
 #include "quendokit/store/reminder_controller.hpp"
 #include "quendokit/sync/reminder_sync_manager.hpp"
 #include "testing/in_memory_cloud_database.hpp"
-#include "testing/scripted_cloud_database.hpp"
+#include "testing/one_cloud_database.hpp"
 
 using namespace quendokit;
 

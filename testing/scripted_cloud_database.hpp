@@ -11,7 +11,6 @@
 
 #include "quendokit/platform/ck_database.hpp"
 #include "quendokit/platform/export.hpp"
-#include "testing/one_cloud_database.hpp"
 #include "testing/trace.hpp"
 
 namespace quendokit::testing {

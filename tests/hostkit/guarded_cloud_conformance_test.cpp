@@ -7,7 +7,7 @@
 #include "testing/in_memory_cloud_database.hpp"
 #include "testing/manual_dispatch_queue.hpp"
 #include "testing/manual_run_loop_provider.hpp"
-#include "testing/scripted_cloud_database.hpp"
+#include "testing/one_cloud_database.hpp"
 
 namespace quendokit::testing {
 namespace {

@@ -16,8 +16,8 @@
 #include "testing/in_memory_bundle.hpp"
 #include "testing/manual_calendar.hpp"
 #include "testing/manual_run_loop.hpp"
+#include "testing/one_cloud_database.hpp"
 #include "testing/recording_notification_center.hpp"
-#include "testing/scripted_cloud_database.hpp"
 #include "tests/simulation/failing_realm.hpp"
 #include "tests/simulation/sync_watcher.hpp"
 
