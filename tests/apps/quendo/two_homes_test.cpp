@@ -208,7 +208,7 @@ TEST_F(TwoHomes, ForgetTheAccountAndKeepTheReminders) {
     EXPECT_EQ(reminders("a").size(), 1U);
     EXPECT_EQ(answer("a", {"cloud", "status"}), (json{{"connected", false}}));
     // Connected anew, it reads everything from the beginning.
-    answer("a", connecting(tokens_.at("b")));
+    answer("a", connecting(server->addDevice("ann", "a again")));
     EXPECT_EQ(sync("a"), counts(0, 1, 0));
 }
 
