@@ -65,7 +65,7 @@ private:
             [completion, operation = operation_,
              answered = isOfZones ? parts_.zoneAnswered : std::function<void()>()](Answer... answer) {
                 if (completion) {
-                    completion(answer...);
+                    completion(std::move(answer)...);
                 }
                 operation->finish();
                 if (answered) {

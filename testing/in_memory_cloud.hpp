@@ -27,6 +27,7 @@ public:
     InMemoryCloud() = default;
     InMemoryCloud(const InMemoryCloud&) = delete;
     InMemoryCloud& operator=(const InMemoryCloud&) = delete;
+    ~InMemoryCloud() = default;
 
     /// How many changes one page holds at most; 200 at first. Fatal if 0.
     void setPageSize(std::size_t size);

@@ -100,7 +100,7 @@ Failure usageFailure(const CLI::ParseError& error, const CLI::App& app) {
 }  // namespace
 
 std::variant<Arguments, Help, Failure> parseArguments(std::vector<std::string> arguments,
-                                                      std::optional<std::string> environmentData) {
+                                                      const std::optional<std::string>& environmentData) {
     Arguments parsed;
     Commands commands;
     CLI::App app("Keeps the records of people's devices and tells the others what changed.", "quendo-cloudd");

@@ -62,7 +62,7 @@ struct Help {
 };
 
 /// Reads the arguments after the program's name. `environmentData` is the data folder that the environment names.
-[[nodiscard]] std::variant<Arguments, Help, quendo::Failure> parseArguments(std::vector<std::string> arguments,
-                                                                            std::optional<std::string> environmentData);
+[[nodiscard]] std::variant<Arguments, Help, quendo::Failure> parseArguments(
+    std::vector<std::string> arguments, const std::optional<std::string>& environmentData);
 
 }  // namespace cloudd

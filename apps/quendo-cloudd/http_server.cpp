@@ -28,7 +28,8 @@ class MicroHttpServer final : public HttpServer {
 public:
     MicroHttpServer(Dispatcher& dispatcher, Patience patience, std::uint16_t port, std::string name, bool isEncrypted)
         : dispatcher_(dispatcher), watch_(patience), port_(port), name_(std::move(name)), isEncrypted_(isEncrypted) {}
-
+    MicroHttpServer(const MicroHttpServer&) = delete;
+    MicroHttpServer& operator=(const MicroHttpServer&) = delete;
     ~MicroHttpServer() override { stop(); }
 
     [[nodiscard]] bool start(int socket, const TlsCredentials& credentials);
@@ -41,7 +42,7 @@ private:
                                   MHD_ConnectionNotificationCode code);
     static void* requestBegins(void* server, const char* target, MHD_Connection* connection);
     static MHD_Result requestContinues(void* server, MHD_Connection* connection, const char* url, const char* method,
-                                       const char* version, const char* data, std::size_t* size, void** exchange);
+                                       const char* version, const char* data, std::size_t* size, void** context);
     static void requestEnds(void* server, MHD_Connection* connection, void** exchange, MHD_RequestTerminationCode why);
 
     MHD_Result begin(MHD_Connection* connection, Exchange& exchange, const char* method);

@@ -68,7 +68,7 @@ std::string makeSyncToken(FeedKind kind, std::string_view identity, std::int64_t
 }
 
 SyncTokenReading readSyncToken(std::string_view token, FeedKind kind, std::string_view identity, std::int64_t newest) {
-    const SyncTokenReading unknown{std::nullopt, "Unknown sync continuation type"};
+    SyncTokenReading unknown{std::nullopt, "Unknown sync continuation type"};
     if (token.size() != textSize) {
         return {std::nullopt, "Invalid continuation format"};
     }

@@ -79,7 +79,7 @@ public:
 
     /// With id 0 when nothing was stored in the scope. `obtainScope` makes it then.
     [[nodiscard]] Result<ScopeRow> scope(const Scope& scope);
-    [[nodiscard]] Result<ScopeRow> obtainScope(const Scope& scope);
+    [[nodiscard]] Result<ScopeRow> obtainScope(const Scope& wanted);
     [[nodiscard]] Result<std::int64_t> scopeCount();
 
     /// Absent when there is none, or none any more.
