@@ -1,8 +1,13 @@
 /// \file
 /// One whole sync.
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
+#include <set>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "adapters/event_loop/event_loop.hpp"
 #include "apps/quendo/session_cloud_internal.hpp"
@@ -62,8 +67,11 @@ Outcome<SyncAnswer> Session::sync(std::chrono::seconds patience) {
     events.downloadEnded = [&](const std::optional<Error>& error) { downloadError = error; };
     events.waits = [&](const Error& error, std::chrono::nanoseconds) { waits = error; };
     events.reports = [&](const std::string& line) { warn_(line); };
+    // A slow upload may be followed by another one of the same changes.
+    std::set<std::string> confirmed;
     events.confirmed = [&](const std::vector<std::string>& ids) {
-        answer.uploaded.insert(answer.uploaded.end(), ids.begin(), ids.end());
+        std::copy_if(ids.begin(), ids.end(), std::back_inserter(answer.uploaded),
+                     [&](const std::string& id) { return confirmed.insert(id).second; });
     };
     events.received = [&](const std::vector<quendokit::CKRecord>& records,
                           const std::vector<quendokit::CKRecordID>& deleted) {
