@@ -33,6 +33,8 @@ public:
     [[nodiscard]] static Outcome<std::unique_ptr<Session>> open(const Folders& folders,
                                                                 std::function<void(const std::string&)> warn);
     ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
 
     /// Does what is asked, as a whole where the request does not say otherwise, and answers with the request's answer.
     [[nodiscard]] Outcome<Response> execute(const Request& request);
