@@ -42,8 +42,8 @@ std::optional<PropertyValue> valueIn(const CKRecord& record) {
 /// One pass at a time: the zone, what is unsent, what has changed. Completions hold it weakly.
 class CloudKeyValueStore::State final : public std::enable_shared_from_this<State> {
 public:
-    State(std::shared_ptr<CKDatabase> database, std::shared_ptr<UserDefaults> settings, OnFailure onFailure)
-        : database_(std::move(database)), settings_(std::move(settings)), onFailure_(std::move(onFailure)) {
+    State(std::shared_ptr<CKDatabase> database, std::shared_ptr<UserDefaults> settings, PassEnded passEnded)
+        : database_(std::move(database)), settings_(std::move(settings)), passEnded_(std::move(passEnded)) {
         const auto stored = settings_->object(keyValueCopyKey);
         const auto* text = stored ? std::get_if<std::string>(&*stored) : nullptr;
         if (text != nullptr) {
@@ -73,6 +73,16 @@ public:
 
     void beginPass();
 
+    [[nodiscard]] bool isIdle() const {
+        const std::lock_guard lock(mutex_);
+        return !isInPass_;
+    }
+
+    [[nodiscard]] std::optional<Error> lastError() const {
+        const std::lock_guard lock(mutex_);
+        return lastError_;
+    }
+
 private:
     using Sent = std::map<std::string, std::uint64_t>;
     struct Came {
@@ -80,6 +90,7 @@ private:
         std::optional<PropertyValue> value;
     };
 
+    void startPass();
     void store() { settings_->set(keyValueCopyKey, web::renderCopy(copy_)); }
     void makeZone();
     void sendUnsent();
@@ -91,19 +102,19 @@ private:
 
     const std::shared_ptr<CKDatabase> database_;
     const std::shared_ptr<UserDefaults> settings_;
-    const OnFailure onFailure_;
+    const PassEnded passEnded_;
 
     mutable std::mutex mutex_;
     web::KeyValueCopy copy_;
     // Of this run alone: entries from an earlier one begin with 1.
     std::uint64_t lastChange_ = 1;
+    std::optional<Error> lastError_;
     bool isInPass_ = false;
     bool isPassWanted_ = false;
     bool hasZone_ = false;
 };
 
 void CloudKeyValueStore::State::beginPass() {
-    bool hasZone = false;
     {
         const std::lock_guard lock(mutex_);
         isPassWanted_ = isInPass_;
@@ -111,6 +122,14 @@ void CloudKeyValueStore::State::beginPass() {
             return;
         }
         isInPass_ = true;
+    }
+    startPass();
+}
+
+void CloudKeyValueStore::State::startPass() {
+    bool hasZone = false;
+    {
+        const std::lock_guard lock(mutex_);
         hasZone = hasZone_;
     }
     if (hasZone) {
@@ -282,22 +301,22 @@ void CloudKeyValueStore::State::endPass(const std::optional<Error>& error) {
     bool goesOn = false;
     {
         const std::lock_guard lock(mutex_);
-        isInPass_ = false;
         hasZone_ = hasZone_ && !(error && isCKError(*error, CKErrorCode::zoneNotFound));
         // What failed is not tried again at once.
         goesOn = std::exchange(isPassWanted_, false) && !error;
-    }
-    if (error && onFailure_) {
-        onFailure_(*error);
+        isInPass_ = goesOn;
+        lastError_ = error;
     }
     if (goesOn) {
-        beginPass();
+        startPass();
+    } else if (passEnded_) {
+        passEnded_();
     }
 }
 
 CloudKeyValueStore::CloudKeyValueStore(std::shared_ptr<CKDatabase> database, std::shared_ptr<UserDefaults> copy,
-                                       OnFailure onFailure)
-    : state_(std::make_shared<State>(std::move(database), std::move(copy), std::move(onFailure))) {}
+                                       PassEnded passEnded)
+    : state_(std::make_shared<State>(std::move(database), std::move(copy), std::move(passEnded))) {}
 
 CloudKeyValueStore::~CloudKeyValueStore() = default;
 
@@ -316,6 +335,14 @@ void CloudKeyValueStore::remove(std::string_view key) {
 bool CloudKeyValueStore::synchronize() {
     state_->beginPass();
     return true;
+}
+
+bool CloudKeyValueStore::isIdle() const {
+    return state_->isIdle();
+}
+
+std::optional<Error> CloudKeyValueStore::lastError() const {
+    return state_->lastError();
 }
 
 }  // namespace quendokit

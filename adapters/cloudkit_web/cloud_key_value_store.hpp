@@ -30,18 +30,24 @@ inline constexpr std::string_view keyValueCopyKey = "cloud.key-values";
 /// on this device. Any thread.
 class QUENDOKIT_EXPORT CloudKeyValueStore final : public NSUbiquitousKeyValueStore {
 public:
-    /// Why a pass has ended early, on a thread of the database's. May be empty.
-    using OnFailure = std::function<void(const Error&)>;
+    /// Told when a pass has ended and none follows it at once, after what came was posted. On a thread of the
+    /// database's. May be empty.
+    using PassEnded = std::function<void()>;
 
     /// `copy` holds the copy and nothing that others change.
     CloudKeyValueStore(std::shared_ptr<CKDatabase> database, std::shared_ptr<UserDefaults> copy,
-                       OnFailure onFailure = nullptr);
+                       PassEnded passEnded = nullptr);
     ~CloudKeyValueStore() override;
 
     [[nodiscard]] std::optional<PropertyValue> object(std::string_view key) const override;
     void set(std::string_view key, PropertyValue value) override;
     void remove(std::string_view key) override;
     bool synchronize() override;
+
+    /// Whether no pass is under way or about to begin.
+    [[nodiscard]] bool isIdle() const;
+    /// Why the last pass that has ended did so early; absent when it did not, and when there was none.
+    [[nodiscard]] std::optional<Error> lastError() const;
 
 private:
     class State;

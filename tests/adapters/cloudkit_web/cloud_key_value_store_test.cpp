@@ -25,10 +25,16 @@ struct SharedSettings {
 
     /// Begins anew, as the next run of the program does.
     void restart() {
-        store = std::make_shared<CloudKeyValueStore>(database, settings,
-                                                     [this](const Error& error) { failures.push_back(error); });
+        store = std::make_shared<CloudKeyValueStore>(database, settings, [this] {
+            ++passes;
+            if (const auto error = store->lastError()) {
+                failures.push_back(*error);
+            }
+        });
     }
 
+    /// The passes that have ended, and why the early ones did.
+    int passes = 0;
     std::vector<Error> failures;
     std::shared_ptr<InMemoryCloudDatabase> database;
     std::shared_ptr<InMemoryUserDefaults> settings = std::make_shared<InMemoryUserDefaults>();
@@ -203,6 +209,23 @@ TEST_F(SharedSettingsTest, WhatIsThereAlreadyAsksNobody) {
     here.store->remove("never there");
     EXPECT_EQ(queue->count(), 0U);
     EXPECT_TRUE(center->reasons.empty());
+}
+
+TEST_F(SharedSettingsTest, TellsWhenAPassHasEndedAndNoneFollows) {
+    EXPECT_TRUE(here.store->isIdle());
+    here.store->set("k", true);
+    EXPECT_FALSE(here.store->isIdle());
+    // It goes with a pass of its own, right behind the first.
+    here.store->set("l", true);
+    while (here.passes == 0) {
+        EXPECT_FALSE(here.store->isIdle());
+        ASSERT_TRUE(queue->runNext());
+    }
+    EXPECT_TRUE(here.store->isIdle());
+    EXPECT_EQ(cloud->records(CKRecordZoneID{std::string(keyValueZoneName)}).size(), 2U);
+    queue->runAll();
+    EXPECT_EQ(here.passes, 1);
+    EXPECT_TRUE(here.failures.empty());
 }
 
 TEST_F(SharedSettingsTest, ACopyThatIsDamagedIsFetchedAnew) {
