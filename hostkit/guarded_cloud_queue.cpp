@@ -9,6 +9,7 @@
 #include "hostkit/guarded_cloud_database.hpp"
 #include "hostkit/network_wait_internal.hpp"
 #include "hostkit/tell_internal.hpp"
+#include "hostkit/transient_error.hpp"
 #include "hostkit/upload_job_internal.hpp"
 #include "quendokit/platform/ck_error.hpp"
 #include "quendokit/sync/reminder_sync_manager.hpp"

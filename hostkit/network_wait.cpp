@@ -1,12 +1,10 @@
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <random>
 #include <utility>
 
 #include "hostkit/network_wait_internal.hpp"
-#include "quendokit/platform/ck_error.hpp"
 #include "quendokit/platform/run_loop.hpp"
 #include "quendokit/platform/timer.hpp"
 
@@ -19,13 +17,6 @@ double randomFraction() {
 }
 
 }  // namespace
-
-bool isTransient(const Error& error, bool wasTried) {
-    constexpr std::array codes{CKErrorCode::networkUnavailable, CKErrorCode::networkFailure,
-                               CKErrorCode::serviceUnavailable, CKErrorCode::requestRateLimited, CKErrorCode::zoneBusy};
-    return std::any_of(codes.begin(), codes.end(), [&](CKErrorCode code) { return isCKError(error, code); }) ||
-           (isCKError(error, CKErrorCode::internalError) && !wasTried);
-}
 
 NetworkWait::NetworkWait(std::function<double()> jitter) : jitter_(jitter ? std::move(jitter) : randomFraction) {}
 

@@ -13,10 +13,6 @@ namespace quendokit {
 
 class Timer;
 
-/// Whether what failed so is worth another try. `wasTried`: whether the last try failed of it, too; a server that fails
-/// twice over one request fails over that request.
-[[nodiscard]] bool isTransient(const Error& error, bool wasTried);
-
 /// Waits ever longer while one try after the other fails. Main thread.
 class NetworkWait {
 public:
