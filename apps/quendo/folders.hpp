@@ -17,6 +17,8 @@ struct Folders : quendokit::LinuxFolders {
     [[nodiscard]] std::filesystem::path journal() const { return state / "quendo.journal"; }
     /// The account in the cloud, with its tokens.
     [[nodiscard]] std::filesystem::path account() const { return config / "cloud.json"; }
+    /// The settings that all devices share, as the cloud has them.
+    [[nodiscard]] std::filesystem::path sharedSettings() const { return state / "shared-settings.json"; }
     /// When the last sync was.
     [[nodiscard]] std::filesystem::path syncRecord() const { return state / "sync.json"; }
     [[nodiscard]] std::filesystem::path log() const { return state / "quendo.log"; }

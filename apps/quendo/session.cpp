@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <mutex>
 #include <utility>
 
 #include "adapters/event_loop/event_loop.hpp"
@@ -29,16 +30,20 @@ constexpr std::chrono::seconds patience(5);
 }  // namespace
 
 /// What went wrong with the files during the current operation: the engine itself reports no errors.
+/// Any thread: the day plan arrives on one of the cloud's.
 struct Session::Record {
+    std::mutex mutex;
     std::optional<quendokit::Error> firstError;
 
     void note(const quendokit::Error& error) {
+        const std::lock_guard lock(mutex);
         if (!firstError) {
             firstError = error;
         }
     }
 
     [[nodiscard]] std::optional<Failure> takeFailure() {
+        const std::lock_guard lock(mutex);
         const auto error = std::exchange(firstError, std::nullopt);
         return error ? std::optional(failureOf(*error)) : std::nullopt;
     }
@@ -81,7 +86,11 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
     services.systemLog = services.standardOutput;
     services.userDefaults = std::make_shared<quendokit::GuardedUserDefaults>(
         services.userDefaults, quendokit::SettingsGuardOptions{true, warn});
-    cloud->install(services);
+    cloud->install(services, folders, [record](const quendokit::Error& error) { record->note(error); }, warn);
+    // A copy that was damaged is fetched anew.
+    if (const auto found = record->takeFailure()) {
+        warn(found->line);
+    }
     auto session = std::unique_ptr<Session>(new Session(std::move(lock).value(), folders, record, std::move(cloud),
                                                         std::move(linuxPlatform.mainLoop), std::move(services)));
     session->warn_ = std::move(warn);

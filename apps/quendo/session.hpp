@@ -64,6 +64,10 @@ private:
     [[nodiscard]] Outcome<OptionsView> perform(const OptionsRequest& request);
     [[nodiscard]] Outcome<OptionsView> perform(const SetOptionRequest& request);
     [[nodiscard]] Outcome<OptionsView> perform(const ResetOptionsRequest& request);
+    [[nodiscard]] Outcome<OptionsView> changePlan(const std::function<void()>& change);
+    // session_day_plan.cpp
+    /// Brings the day plan and the cloud together, there and back; says why, when it is not done by `end`.
+    [[nodiscard]] std::optional<Failure> shareDayPlan(std::chrono::steady_clock::time_point end);
     // session_cloud.cpp
     [[nodiscard]] Outcome<CloudConnected> perform(const CloudConnectRequest& request);
     [[nodiscard]] Outcome<CloudView> perform(const CloudStatusRequest& request);
@@ -84,6 +88,8 @@ private:
     /// fails: finished later, it would undo newer changes.
     [[nodiscard]] std::optional<Failure> openToChange();
     [[nodiscard]] std::optional<Failure> openDatabase();
+    /// Makes the way to the cloud, if there is none. For a home with an account.
+    [[nodiscard]] std::optional<Failure> openConnection();
     /// The same with a sync manager, for a session that has not opened it.
     [[nodiscard]] std::optional<Failure> openToSync();
     [[nodiscard]] std::optional<Failure> finishLeftovers();

@@ -6,6 +6,7 @@
 #include "adapters/event_loop/event_loop.hpp"
 #include "apps/quendo/session_cloud_internal.hpp"
 #include "apps/quendo/session_internal.hpp"
+#include "hostkit/guarded_key_value_store.hpp"
 #include "quendokit/platform/ck_error.hpp"
 #include "quendokit/platform/user_defaults.hpp"
 #include "quendokit/store/reminder_controller_internal.hpp"
@@ -51,7 +52,9 @@ private:
 Session::Cloud::Cloud(const Folders& folders)
     : file(folders.account()), account(file.account()), record(folders.syncRecord()) {}
 
-void Session::Cloud::install(quendokit::platform::Services& services) {
+void Session::Cloud::install(quendokit::platform::Services& services, const Folders& folders,
+                             std::function<void(const quendokit::Error&)> onFailure,
+                             const std::function<void(const std::string&)>& warn) {
     if (!account) {
         return;
     }
@@ -60,6 +63,21 @@ void Session::Cloud::install(quendokit::platform::Services& services) {
     gate = quendokit::TokenGate::create(services.userDefaults, tokenKey, services.mainQueue);
     services.userDefaults = gate;
     services.containerProvider = guards;
+    dayPlan = std::make_unique<SharedDayPlan>(folders.sharedSettings(), services.mainQueue, std::move(onFailure));
+    // What arrives is read on one of the cloud's threads.
+    const auto warnOnMain = [queue = std::weak_ptr(services.mainQueue), warn](const std::string& line) {
+        if (const auto main = queue.lock()) {
+            main->async([warn, line] { warn(line); });
+        }
+    };
+    services.ubiquitousKeyValueStore = std::make_shared<quendokit::GuardedKeyValueStore>(
+        dayPlan->store(), quendokit::SettingsGuardOptions{true, warnOnMain});
+}
+
+void Session::Cloud::forgetWhatWasRead() {
+    quendokit::UserDefaults::standard().remove(tokenKey);
+    record.forget();
+    dayPlan->forget();
 }
 
 Outcome<CloudConnected> Session::perform(const CloudConnectRequest& request) {
@@ -73,29 +91,27 @@ Outcome<CloudConnected> Session::perform(const CloudConnectRequest& request) {
     if (!connection) {
         return connection.failure();
     }
-    // Any answer to a question about the zone shows that the tokens are good.
-    std::optional<std::optional<quendokit::Error>> answer;
+    // Any answer to a question about the zone shows that the tokens are good. It may come when nobody waits any more.
+    const auto answer = std::make_shared<std::optional<std::optional<quendokit::Error>>>();
     const auto question =
         std::make_shared<quendokit::CKFetchRecordZonesOperation>(std::vector{quendokit::CKRecordZoneID{zoneName}});
-    question->fetchRecordZonesCompletion = [&answer, loop = mainLoop_](const auto&, const auto& error) {
-        loop->async([&answer, error] { answer = error; });
+    question->fetchRecordZonesCompletion = [answer, loop = mainLoop_](const auto&, const auto& error) {
+        loop->async([answer, error] { *answer = error; });
     };
     connection.value()->containers()->privateCloudDatabase(account.container)->add(question);
-    if (!mainLoop_->runUntil([&] { return answer.has_value(); }, request.patience)) {
+    if (!mainLoop_->runUntil([&] { return answer->has_value(); }, request.patience)) {
         connection.value().reset();
         return Failure{ExitCode::cloud, "the cloud at " + account.url + " has not answered within " +
                                             std::to_string(request.patience.count()) +
                                             " seconds; see that it is reachable and try again"};
     }
-    if (*answer) {
-        return failureOf(**answer);
+    if (const auto& error = **answer) {
+        return failureOf(*error);
     }
     connection.value().reset();
     if (cloud_->account && (cloud_->account->url != account.url || cloud_->account->container != account.container ||
                             cloud_->account->environment != account.environment)) {
-        // What was read of another cloud says nothing about this one.
-        quendokit::UserDefaults::standard().remove(Cloud::tokenKey);
-        cloud_->record.forget();
+        cloud_->forgetWhatWasRead();
     }
     cloud_->file.remember(account, token->webToken().value_or(request.webToken));
     if (auto failure = cloud_->file.takeFailure()) {
@@ -144,8 +160,7 @@ Outcome<CloudDisconnected> Session::perform(const CloudDisconnectRequest&) {
     if (auto failure = cloud_->file.takeFailure()) {
         return *std::move(failure);
     }
-    quendokit::UserDefaults::standard().remove(Cloud::tokenKey);
-    cloud_->record.forget();
+    cloud_->forgetWhatWasRead();
     if (auto failure = takeFailure()) {
         return *std::move(failure);
     }

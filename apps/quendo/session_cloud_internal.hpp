@@ -2,6 +2,7 @@
 /// \file
 /// What a session has for the cloud.
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,6 +10,7 @@
 
 #include "apps/quendo/cloud/account.hpp"
 #include "apps/quendo/cloud/connection.hpp"
+#include "apps/quendo/cloud/shared_day_plan.hpp"
 #include "apps/quendo/cloud/sync_record.hpp"
 #include "apps/quendo/session.hpp"
 #include "hostkit/guarded_container_provider.hpp"
@@ -23,8 +25,13 @@ struct Session::Cloud {
 
     explicit Cloud(const Folders& folders);
 
-    /// Puts itself into `services`, if there is an account.
-    void install(quendokit::platform::Services& services);
+    /// Puts itself into `services`, if there is an account. `onFailure` hears of its files, on any thread; `warn`, on
+    /// the main thread, of settings from elsewhere that cannot be used.
+    void install(quendokit::platform::Services& services, const Folders& folders,
+                 std::function<void(const quendokit::Error&)> onFailure,
+                 const std::function<void(const std::string&)>& warn);
+    /// What was read of this cloud says nothing about another one.
+    void forgetWhatWasRead();
 
     /// Asks for the databases of the connection, when it is there.
     class Containers;
@@ -35,6 +42,7 @@ struct Session::Cloud {
     std::unique_ptr<CloudConnection> connection;
     std::shared_ptr<quendokit::GuardedContainerProvider> guards;
     std::shared_ptr<quendokit::TokenGate> gate;
+    std::unique_ptr<SharedDayPlan> dayPlan;
 };
 
 }  // namespace quendo

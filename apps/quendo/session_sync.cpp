@@ -23,7 +23,10 @@ namespace quendo {
 
 using quendokit::Error;
 
-std::optional<Failure> Session::openToSync() {
+std::optional<Failure> Session::openConnection() {
+    if (cloud_->connection) {
+        return std::nullopt;
+    }
     auto connection = CloudConnection::open(
         *cloud_->account, cloud_->file.tokens(),
         [log = quendokit::platform::services().standardOutput](const std::string& line) { log->writeLine(line); });
@@ -31,6 +34,13 @@ std::optional<Failure> Session::openToSync() {
         return connection.failure();
     }
     cloud_->connection = std::move(connection).value();
+    return std::nullopt;
+}
+
+std::optional<Failure> Session::openToSync() {
+    if (auto failure = openConnection()) {
+        return failure;
+    }
     // Manager and controller are made in one turn of the loop: no page finds the manager without a store.
     manager_ = quendokit::ReminderSyncManager::create(cloud_->account->clientID);
     if (auto failure = openDatabase()) {
@@ -113,6 +123,11 @@ Outcome<SyncAnswer> Session::sync(std::chrono::seconds patience) {
     const auto now = quendokit::platform::clock().now();
     cloud_->record.uploaded(now);
     cloud_->record.downloaded(now);
+    // Behind the reminders, which matter more.
+    if (auto failure = shareDayPlan(end)) {
+        failure->line = "the reminders are in step, and the day plan is not: " + failure->line;
+        return *std::move(failure);
+    }
     return answer;
 }
 
