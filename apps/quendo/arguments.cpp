@@ -180,7 +180,8 @@ void describe(CLI::App& app, Commands& commands, Arguments& parsed) {
 
     describeCloud(app, commands, parsed);
     addCommand<VersionArguments>(app, "version", "say which version this is", parsed);
-    addCommand<DoctorArguments>(app, "doctor", "check files, permissions, schema, settings and time zone", parsed);
+    addCommand<DoctorArguments>(app, "doctor", "check files, permissions, schema, settings, cloud and time zone",
+                                parsed);
 }
 
 /// `--home` takes the word behind it, whatever it is: a forgotten folder costs the command its name, and would make a

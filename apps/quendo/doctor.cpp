@@ -1,5 +1,6 @@
 #include "apps/quendo/doctor.hpp"
 
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <optional>
@@ -13,6 +14,8 @@
 #include "adapters/cctz/local_time_zone.hpp"
 #include "adapters/files/file_user_defaults.hpp"
 #include "adapters/sqlite/sqlite_realm_provider.hpp"
+#include "apps/quendo/cloud/account.hpp"
+#include "apps/quendo/cloud/cloud_check.hpp"
 #include "apps/quendo/lock_file.hpp"
 #include "hostkit/day_plan_check.hpp"
 #include "quendokit/options/option_keys.hpp"
@@ -24,6 +27,8 @@ namespace {
 using quendokit::LocalTimeZone;
 
 constexpr mode_t otherUsers = 0077;
+/// How long the cloud may take.
+constexpr std::chrono::seconds patience(5);
 
 /// The folder itself, or of those above it the first that exists.
 std::filesystem::path existing(std::filesystem::path folder) {
@@ -153,18 +158,37 @@ Finding zoneFinding() {
     return {"time zone", true, taken + (named.empty() ? "" : " (from TZ)")};
 }
 
+Finding cloudFinding(const Folders& folders, ExitCode& code) {
+    if (const auto error = quendokit::FileUserDefaults::examine(folders.account())) {
+        Failure failure = failureOf(*error);
+        code = failure.code == ExitCode::damaged ? ExitCode::damaged : code;
+        return {"cloud", false, std::move(failure.line)};
+    }
+    const AccountFile file(folders.account());
+    const auto account = file.account();
+    if (!account) {
+        return {"cloud", true, "none is connected"};
+    }
+    if (auto failure = checkCloud(*account, file.tokens(), patience)) {
+        return {"cloud", false, std::move(failure->line)};
+    }
+    return {"cloud", true, account->url + " answers"};
+}
+
 }  // namespace
 
 Diagnosis examine(const Folders& folders) {
     const auto database = folders.database();
     Diagnosis diagnosis{{}, ExitCode::done};
     diagnosis.findings.push_back(foldersFinding(folders));
-    diagnosis.findings.push_back(
-        accessFinding("files", {database, database.string() + "-wal", database.string() + "-shm", folders.lock(),
-                                folders.journal(), folders.log(), folders.settings()}));
+    diagnosis.findings.push_back(accessFinding(
+        "files",
+        {database, database.string() + "-wal", database.string() + "-shm", folders.lock(), folders.journal(),
+         folders.log(), folders.settings(), folders.account(), folders.sharedSettings(), folders.syncRecord()}));
     diagnosis.findings.push_back(lockFinding(folders));
     diagnosis.findings.push_back(databaseFinding(folders, diagnosis.code));
     diagnosis.findings.push_back(settingsFinding(folders, diagnosis.code));
+    diagnosis.findings.push_back(cloudFinding(folders, diagnosis.code));
     diagnosis.findings.push_back(zoneFinding());
     for (const Finding& finding : diagnosis.findings) {
         if (!finding.ok && diagnosis.code == ExitCode::done) {

@@ -1,6 +1,6 @@
 #pragma once
 /// \file
-/// Looking over everything that the program stands on, without changing any of it.
+/// Looking over everything that the program stands on, without changing any of it but the token that the cloud renews.
 
 #include <string>
 #include <vector>

@@ -3,18 +3,15 @@
 
 #include <utility>
 
-#include "adapters/event_loop/event_loop.hpp"
+#include "apps/quendo/cloud/cloud_check.hpp"
 #include "apps/quendo/session_cloud_internal.hpp"
 #include "apps/quendo/session_internal.hpp"
 #include "hostkit/guarded_key_value_store.hpp"
-#include "quendokit/platform/ck_error.hpp"
 #include "quendokit/platform/user_defaults.hpp"
 #include "quendokit/store/reminder_controller_internal.hpp"
 
 namespace quendo {
 namespace {
-
-constexpr const char* zoneName = "Reminder Zone";
 
 /// Keeps a token for as long as an account is tried.
 class TriedToken final : public quendokit::WebTokenStore {
@@ -87,28 +84,9 @@ Outcome<CloudConnected> Session::perform(const CloudConnectRequest& request) {
     account.environment = request.environment;
     account.apiToken = request.apiToken;
     const auto token = std::make_shared<TriedToken>(request.webToken);
-    auto connection = CloudConnection::open(account, token, [](const std::string&) {});
-    if (!connection) {
-        return connection.failure();
+    if (auto failure = checkCloud(account, token, request.patience)) {
+        return *std::move(failure);
     }
-    // Any answer to a question about the zone shows that the tokens are good. It may come when nobody waits any more.
-    const auto answer = std::make_shared<std::optional<std::optional<quendokit::Error>>>();
-    const auto question =
-        std::make_shared<quendokit::CKFetchRecordZonesOperation>(std::vector{quendokit::CKRecordZoneID{zoneName}});
-    question->fetchRecordZonesCompletion = [answer, loop = mainLoop_](const auto&, const auto& error) {
-        loop->async([answer, error] { *answer = error; });
-    };
-    connection.value()->containers()->privateCloudDatabase(account.container)->add(question);
-    if (!mainLoop_->runUntil([&] { return answer->has_value(); }, request.patience)) {
-        connection.value().reset();
-        return Failure{ExitCode::cloud, "the cloud at " + account.url + " has not answered within " +
-                                            std::to_string(request.patience.count()) +
-                                            " seconds; see that it is reachable and try again"};
-    }
-    if (const auto& error = **answer) {
-        return failureOf(*error);
-    }
-    connection.value().reset();
     if (cloud_->account && (cloud_->account->url != account.url || cloud_->account->container != account.container ||
                             cloud_->account->environment != account.environment)) {
         cloud_->forgetWhatWasRead();
@@ -146,7 +124,7 @@ Outcome<CloudView> Session::cloudView() {
         view.lastDownload = cloud_->record.lastDownload();
         view.lastError = cloud_->record.lastError();
         if (view.lastDownload) {
-            view.zone = zoneName;
+            view.zone = std::string(reminderZoneName);
         }
     }
     return view;

@@ -182,7 +182,7 @@ TEST_F(QuendoProgram, DoctorFindsNothingAmissInAFreshHomeAndMakesNothing) {
     }
     EXPECT_FALSE(std::filesystem::exists(home_));
     add("x");
-    EXPECT_EQ(answer({"doctor"}).size(), 6U);
+    EXPECT_EQ(answer({"doctor"}).size(), 7U);
 }
 
 TEST_F(QuendoProgram, DoctorNamesATimeZoneThatIsNone) {

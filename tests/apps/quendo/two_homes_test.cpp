@@ -162,6 +162,29 @@ TEST_F(TwoHomes, NeverShowATokenAndKeepTheAccountToThemselves) {
     EXPECT_EQ(mode, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
+TEST_F(TwoHomes, AreExaminedByTheDoctorAndAskTheCloud) {
+    const auto finding = [&] {
+        const ProgramResult result = run("a", {"--json", "doctor"});
+        for (const json& each : json::parse(result.output, nullptr, false)) {
+            if (each.at("check") == "cloud") {
+                EXPECT_EQ(result.code, each.at("ok") == true ? 0 : 1);
+                return each;
+            }
+        }
+        return json();
+    };
+    EXPECT_EQ(finding(), (json{{"check", "cloud"}, {"ok", true}, {"detail", "none is connected"}}));
+    connectBoth();
+    EXPECT_EQ(finding(), (json{{"check", "cloud"}, {"ok", true}, {"detail", server->url() + " answers"}}));
+    EXPECT_EQ(sync("a"), counts(0, 0, 0)) << "the token that the doctor was given is kept";
+    server->stop();
+    EXPECT_EQ(finding().at("ok"), false);
+    server->start();
+    server->rotate("ann");
+    EXPECT_EQ(finding().at("ok"), false);
+    expectNoSecret(finding().dump());
+}
+
 TEST_F(TwoHomes, RefuseAccountsThatCannotBeMeant) {
     const auto& tokens = tokens_.at("a");
     const auto connect = [&](const std::string& url, std::vector<std::string> more) {
