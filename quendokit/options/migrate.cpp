@@ -53,7 +53,7 @@ std::optional<std::string> lastRunVersion(const UserDefaults& defaults, std::str
 
 }  // namespace
 
-void Migrate(const std::string& toVersion, UserDefaults& accordingToDefaults, const Migration& migration) {
+void Migrate(const std::string& toVersion, UserDefaults& accordingToDefaults, const VersionMigration& migration) {
     // Stored format.
     const std::string key = platform::services().organisationPrefix + ".quendokit.last-run-version";
     LineSink& output = platform::standardOutput();

@@ -13,7 +13,7 @@ namespace quendokit {
 class UserDefaults;
 
 /// What the host does after an update; is told the version that ran before.
-using Migration = std::function<void(std::int64_t major, std::int64_t minor, std::int64_t patch)>;
+using VersionMigration = std::function<void(std::int64_t major, std::int64_t minor, std::int64_t patch)>;
 
 /// Calls `migration` if another version than `toVersion`, the host's own, ran here before, and remembers `toVersion` in
 /// `accordingToDefaults` afterwards, in any case. Called once, at the start.
@@ -25,6 +25,6 @@ using Migration = std::function<void(std::int64_t major, std::int64_t minor, std
 ///
 /// Says what it does by lines on the standard output of the installed services. Main thread only.
 QUENDOKIT_EXPORT void Migrate(const std::string& toVersion, UserDefaults& accordingToDefaults,
-                              const Migration& migration);
+                              const VersionMigration& migration);
 
 }  // namespace quendokit
