@@ -41,7 +41,7 @@ std::string zoneName(const std::filesystem::path& file) {
 }
 
 /// `date` without its fraction; absent when it is not finite or further away than any valid reading.
-std::optional<std::int64_t> wholeSeconds(Date date) {
+std::optional<std::int64_t> secondsWithin(Date date) {
     constexpr double farthest = localYearLimit * 366.0 * 86'400;
     const double seconds = std::floor(date.timeIntervalSince1970());
     if (!(std::abs(seconds) <= farthest)) {
@@ -109,7 +109,7 @@ std::optional<LocatedInstant> LocalTimeZone::locate(const LocalDateTime& reading
 }
 
 std::optional<LocalDateTime> LocalTimeZone::localDateTime(Date date) const {
-    const auto moment = wholeSeconds(date);
+    const auto moment = secondsWithin(date);
     if (!moment) {
         return std::nullopt;
     }
@@ -117,7 +117,7 @@ std::optional<LocalDateTime> LocalTimeZone::localDateTime(Date date) const {
 }
 
 std::optional<int> LocalTimeZone::offset(Date date) const {
-    const auto moment = wholeSeconds(date);
+    const auto moment = secondsWithin(date);
     if (!moment) {
         return std::nullopt;
     }

@@ -15,10 +15,10 @@ using std::chrono::nanoseconds;
 using Instant = TimerTable::Instant;
 
 /// An instant that does not come.
-constexpr Instant never = Instant::max();
+constexpr Instant endOfTime = Instant::max();
 
 Instant later(Instant instant, nanoseconds time) {
-    return time > never - instant ? never : instant + time;
+    return time > endOfTime - instant ? endOfTime : instant + time;
 }
 
 /// When a timer is due, and its number in the order of adding.
@@ -84,7 +84,7 @@ std::optional<Instant> TimerTable::add(std::shared_ptr<Timer> timer, Instant now
 
 std::optional<Instant> TimerTable::nextDue() const {
     const std::lock_guard lock(state_->mutex);
-    if (state_->waiting.empty() || state_->waiting.begin()->first.due == never) {
+    if (state_->waiting.empty() || state_->waiting.begin()->first.due == endOfTime) {
         return std::nullopt;
     }
     return state_->waiting.begin()->first.due;

@@ -13,7 +13,7 @@
 namespace quendo {
 namespace {
 
-constexpr std::chrono::seconds patience(1);
+constexpr std::chrono::seconds silence(1);
 constexpr std::chrono::milliseconds pause(100);
 constexpr std::size_t longestBar = 50;
 constexpr std::size_t shortestBar = 5;
@@ -33,7 +33,7 @@ void writeStandardError(std::string_view text) {
 }  // namespace
 
 ProgressBar::ProgressBar(std::string label, Seams seams)
-    : label_(std::move(label)), seams_(std::move(seams)), next_(seams_.now() + patience) {}
+    : label_(std::move(label)), seams_(std::move(seams)), next_(seams_.now() + silence) {}
 
 ProgressBar::~ProgressBar() {
     erase();

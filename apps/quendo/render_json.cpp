@@ -13,7 +13,7 @@ namespace quendo::json {
 namespace {
 
 /// Bytes of a title that are not UTF-8 become replacement characters: the document is always valid.
-std::string text(const Json& document) {
+std::string asText(const Json& document) {
     return document.dump(2, ' ', false, Json::error_handler_t::replace);
 }
 
@@ -32,7 +32,7 @@ Json numbers(const std::vector<quendokit::Day>& days) {
 }  // namespace
 
 std::string reminder(const ReminderView& view, const quendokit::LocalTimeZone& zone) {
-    return text(object(view, zone));
+    return asText(object(view, zone));
 }
 
 std::string reminders(const std::vector<ReminderView>& views, const quendokit::LocalTimeZone& zone) {
@@ -40,7 +40,7 @@ std::string reminders(const std::vector<ReminderView>& views, const quendokit::L
     for (const ReminderView& view : views) {
         list.push_back(object(view, zone));
     }
-    return text(list);
+    return asText(list);
 }
 
 std::string identifiers(const std::vector<ReminderView>& views) {
@@ -48,15 +48,15 @@ std::string identifiers(const std::vector<ReminderView>& views) {
     for (const ReminderView& view : views) {
         list.push_back(view.id);
     }
-    return text(list);
+    return asText(list);
 }
 
 std::string stats(const quendokit::ReminderStats& stats) {
-    return text({{"pending", stats.pending}, {"passed", stats.passed}});
+    return asText({{"pending", stats.pending}, {"passed", stats.passed}});
 }
 
 std::string count(const char* what, std::size_t number) {
-    return text(Json::object({{what, number}}));
+    return asText(Json::object({{what, number}}));
 }
 
 std::string presets(const PresetsView& view, const quendokit::LocalTimeZone& zone) {
@@ -69,7 +69,7 @@ std::string presets(const PresetsView& view, const quendokit::LocalTimeZone& zon
                         {"event", quendokit::PresetController().eventName(static_cast<std::int64_t>(index))},
                         {"condition", condition(each.condition, zone)}});
     }
-    return text({
+    return asText({
         {"now", time(view.now, zone)},
         {"for", time(view.from, zone)},
         {"category", view.category ? Json(view.category->rawValue()) : Json(nullptr)},
@@ -86,11 +86,11 @@ std::string actions(const std::vector<ActionView>& views) {
                         {"name", view.title},
                         {"preset", {{"name", view.presetName}, {"type", nameOf(view.presetType)}}}});
     }
-    return text(list);
+    return asText(list);
 }
 
 std::string options(const OptionsView& view) {
-    return text({
+    return asText({
         {nameOf(OptionKey::firstWorkday), view.firstWorkday.rawValue()},
         {nameOf(OptionKey::firstWeekend), view.firstWeekend.rawValue()},
         {nameOf(OptionKey::workdayMorning), view.workdayMorning},
@@ -113,11 +113,11 @@ std::string findings(const std::vector<Finding>& findings) {
     for (const Finding& finding : findings) {
         list.push_back({{"check", finding.check}, {"ok", finding.ok}, {"detail", finding.detail}});
     }
-    return text(list);
+    return asText(list);
 }
 
 std::string version() {
-    return text({{"version", QUENDO_VERSION}, {"schema", quendokit::reminderSchemaVersion}});
+    return asText({{"version", QUENDO_VERSION}, {"schema", quendokit::reminderSchemaVersion}});
 }
 
 }  // namespace quendo::json

@@ -25,7 +25,7 @@ using quendokit::Date;
 using quendokit::ReminderControllerInternal;
 using quendokit::ReminderList;
 
-constexpr std::chrono::seconds patience(5);
+constexpr std::chrono::seconds patienceForFiles(5);
 
 }  // namespace
 
@@ -55,7 +55,7 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
             return *std::move(failure);
         }
     }
-    auto lock = LockFile::take(folders.lock(), patience);
+    auto lock = LockFile::take(folders.lock(), patienceForFiles);
     if (!lock) {
         return lock.failure();
     }
@@ -65,7 +65,7 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
     options.localeFolder = findLocaleFolder();
     options.AppIdentifier = "quendo";
     options.organisationPrefix = "quendo";
-    options.patience = patience;
+    options.patience = patienceForFiles;
     options.onFailure = [record](const quendokit::Error& error) { record->note(error); };
     auto cloud = std::make_unique<Cloud>(folders);
     if (cloud->account) {

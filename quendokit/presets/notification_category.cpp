@@ -5,13 +5,13 @@
 namespace quendokit {
 namespace {
 
-struct Identity {
+struct CategoryIdentity {
     std::string_view rawValue;
     NotificationAction action;
 };
 
 /// In the order of the cases.
-constexpr std::array<Identity, 3> identities{{
+constexpr std::array<CategoryIdentity, 3> categories{{
     {"quendo.postpone.category.morning", NotificationAction::Morning},
     {"quendo.postpone.category.afternoon", NotificationAction::Afternoon},
     {"quendo.postpone.category.evening", NotificationAction::Evening},
@@ -29,11 +29,11 @@ std::optional<NotificationCategory> NotificationCategory::fromRawValue(std::stri
 }
 
 std::string_view NotificationCategory::rawValue() const noexcept {
-    return identities[value_].rawValue;
+    return categories[value_].rawValue;
 }
 
 NotificationAction NotificationCategory::action() const noexcept {
-    return identities[value_].action;
+    return categories[value_].action;
 }
 
 }  // namespace quendokit

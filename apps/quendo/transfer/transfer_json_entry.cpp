@@ -8,12 +8,11 @@
 namespace quendo {
 namespace {
 
-using nlohmann::json;
 using quendokit::Date;
 using quendokit::ReminderCondition;
 
 /// Null when `object` has no such member, or null in it.
-const json* member(const json& object, const char* name) {
+const nlohmann::json* member(const nlohmann::json& object, const char* name) {
     const auto found = object.find(name);
     return found == object.end() || found->is_null() ? nullptr : &*found;
 }
@@ -23,7 +22,7 @@ class EntryReader {
 public:
     EntryReader(const quendokit::LocalTimeZone& zone, std::string& problem) : zone_(zone), problem_(problem) {}
 
-    std::optional<TransferEntry> entry(const json& object) {
+    std::optional<TransferEntry> entry(const nlohmann::json& object) {
         const auto* title = required(object, "title");
         const auto titleText = title == nullptr ? std::nullopt : text("title", *title);
         if (!titleText || refused(problemOfTitle(*titleText))) {
@@ -42,7 +41,7 @@ public:
     }
 
 private:
-    bool readOptional(const json& object, TransferEntry& entry) {
+    bool readOptional(const nlohmann::json& object, TransferEntry& entry) {
         if (const auto* id = member(object, "id")) {
             entry.id = text("id", *id);
             if (!entry.id || refused(problemOfIdentifier(*entry.id))) {
@@ -62,7 +61,7 @@ private:
         return true;
     }
 
-    std::optional<ReminderCondition> condition(const json& value) {
+    std::optional<ReminderCondition> condition(const nlohmann::json& value) {
         const auto* type = isObject("condition", value) ? required(value, "type", "condition.") : nullptr;
         const auto typeName = type == nullptr ? std::nullopt : text("condition.type", *type);
         if (!typeName) {
@@ -87,7 +86,7 @@ private:
     }
 
     /// The seconds when they are there, which are exact; else the date.
-    std::optional<Date> moment(const char* name, const json& value) {
+    std::optional<Date> moment(const char* name, const nlohmann::json& value) {
         if (!isObject(name, value)) {
             return std::nullopt;
         }
@@ -101,7 +100,7 @@ private:
         return std::nullopt;
     }
 
-    std::optional<Date> fromEpoch(const std::string& name, const json& value) {
+    std::optional<Date> fromEpoch(const std::string& name, const nlohmann::json& value) {
         if (!value.is_number()) {
             refuseType(name, value, "seconds since 1970 as a number");
             return std::nullopt;
@@ -109,7 +108,7 @@ private:
         return checked(name, Date(value.get<double>()));
     }
 
-    std::optional<Date> fromText(const std::string& name, const json& value) {
+    std::optional<Date> fromText(const std::string& name, const nlohmann::json& value) {
         const auto date = text(name, value);
         if (!date) {
             return std::nullopt;
@@ -129,7 +128,7 @@ private:
         return refused(problemOfMoment(name, date)) ? std::nullopt : std::optional(date);
     }
 
-    std::optional<std::string> text(const std::string& name, const json& value) {
+    std::optional<std::string> text(const std::string& name, const nlohmann::json& value) {
         if (!value.is_string()) {
             refuseType(name, value, "a text in quotes");
             return std::nullopt;
@@ -137,12 +136,12 @@ private:
         return value.get<std::string>();
     }
 
-    bool isObject(const char* name, const json& value) {
+    bool isObject(const char* name, const nlohmann::json& value) {
         return value.is_object() || refuseType(name, value, "an object");
     }
 
     /// Null, with the problem noted, when it is missing.
-    const json* required(const json& object, const char* name, const char* prefix = "") {
+    const nlohmann::json* required(const nlohmann::json& object, const char* name, const char* prefix = "") {
         const auto* found = member(object, name);
         if (found == nullptr) {
             refused(fmt::format("{}{} is missing; add it", prefix, name));
@@ -151,7 +150,7 @@ private:
     }
 
     /// Answers false always.
-    bool refuseType(std::string_view name, const json& value, std::string_view wanted) {
+    bool refuseType(std::string_view name, const nlohmann::json& value, std::string_view wanted) {
         refused(fmt::format("{} is {}; write {}", name, typeText(value), wanted));
         return false;
     }
@@ -170,29 +169,29 @@ private:
 
 }  // namespace
 
-std::optional<TransferEntry> readJsonEntry(const json& object, const quendokit::LocalTimeZone& zone,
+std::optional<TransferEntry> readJsonEntry(const nlohmann::json& object, const quendokit::LocalTimeZone& zone,
                                            std::string& problem) {
     return EntryReader(zone, problem).entry(object);
 }
 
-std::string typeText(const json& value) {
+std::string typeText(const nlohmann::json& value) {
     switch (value.type()) {
-        case json::value_t::null:
+        case nlohmann::json::value_t::null:
             return "null";
-        case json::value_t::object:
+        case nlohmann::json::value_t::object:
             return "an object";
-        case json::value_t::array:
+        case nlohmann::json::value_t::array:
             return "a list";
-        case json::value_t::string:
+        case nlohmann::json::value_t::string:
             return "a text";
-        case json::value_t::boolean:
+        case nlohmann::json::value_t::boolean:
             return "true or false";
-        case json::value_t::number_integer:
-        case json::value_t::number_unsigned:
-        case json::value_t::number_float:
+        case nlohmann::json::value_t::number_integer:
+        case nlohmann::json::value_t::number_unsigned:
+        case nlohmann::json::value_t::number_float:
             return "a number";
-        case json::value_t::binary:
-        case json::value_t::discarded:
+        case nlohmann::json::value_t::binary:
+        case nlohmann::json::value_t::discarded:
             break;
     }
     return "unreadable";

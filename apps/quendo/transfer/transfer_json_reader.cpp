@@ -14,8 +14,6 @@
 namespace quendo {
 namespace {
 
-using nlohmann::json;
-
 /// An iterator that leaves behind how far the parser has come, which it does not say itself.
 class Cursor {
 public:
@@ -41,7 +39,7 @@ private:
 
 /// Hears the parser, puts one entry after the other together and forgets its document, so that memory holds the
 /// entries alone. Answers false, which stops the parser, with `failure` set.
-class EntryCollector final : public nlohmann::json_sax<json> {
+class EntryCollector final : public nlohmann::json_sax<nlohmann::json> {
 public:
     EntryCollector(std::string_view text, const TransferReading& reading, const char*& furthest)
         : text_(text), reading_(reading), furthest_(furthest), steps_(reading.progress, text.size()) {}
@@ -61,7 +59,7 @@ public:
         if (isAtEntry()) {
             place_ = {document.entries.size() + 1, line()};
         }
-        return open(json::object());
+        return open(nlohmann::json::object());
     }
     bool key(string_t& name) override {
         key_ = std::move(name);
@@ -77,7 +75,7 @@ public:
             isInList_ = true;
             return true;
         }
-        return open(json::array());
+        return open(nlohmann::json::array());
     }
     bool end_array() override {
         if (open_.empty()) {
@@ -125,7 +123,7 @@ private:
         return false;
     }
 
-    bool refuseOutsider(const json& value) {
+    bool refuseOutsider(const nlohmann::json& value) {
         if (!isInList_) {
             return refuse(fmt::format("line {}", line()),
                           "this is no list of reminders; put them between [ and ], with commas between them");
@@ -134,8 +132,8 @@ private:
                       typeText(value) + " is no reminder; write {\"title\": …, \"condition\": …}");
     }
 
-    json* put(json value) {
-        json& parent = *open_.back();
+    nlohmann::json* put(nlohmann::json value) {
+        nlohmann::json& parent = *open_.back();
         if (parent.is_array()) {
             parent.push_back(std::move(value));
             return &parent.back();
@@ -143,7 +141,7 @@ private:
         return &(parent[key_] = std::move(value));
     }
 
-    bool add(json value) {
+    bool add(nlohmann::json value) {
         if (open_.empty()) {
             return refuseOutsider(value);
         }
@@ -151,7 +149,7 @@ private:
         return true;
     }
 
-    bool open(json value) {
+    bool open(nlohmann::json value) {
         if (!isInList_ || (open_.empty() && !value.is_object())) {
             return refuseOutsider(value);
         }
@@ -190,10 +188,10 @@ private:
     TransferIdentifiers identifiers_;
 
     bool isInList_ = false;
-    json entry_;
+    nlohmann::json entry_;
     TransferPlace place_;
     /// The objects and lists of the entry that have not ended, the entry itself first.
-    std::vector<json*> open_;
+    std::vector<nlohmann::json*> open_;
     std::string key_;
 
     const char* counted_ = text_.data();
@@ -207,7 +205,7 @@ Outcome<TransferDocument> readJson(std::string_view text, const TransferReading&
     const char* const end = std::to_address(text.end());
     const char* furthest = begin;
     EntryCollector collector(text, reading, furthest);
-    json::sax_parse(Cursor(begin, &furthest), Cursor(end, &furthest), &collector);
+    nlohmann::json::sax_parse(Cursor(begin, &furthest), Cursor(end, &furthest), &collector);
     if (collector.failure) {
         return *std::move(collector.failure);
     }
