@@ -17,6 +17,7 @@ namespace quendokit {
 /// Each protection has a switch. With all of them off, everything is passed on as it is.
 struct CloudGuardOptions {
     /// One operation is on its way at a time, the first that is ready first: uploads cannot overtake each other.
+    /// What one of them has brought to the cloud while a later one waited, the later one does not send again.
     bool oneAtATime = true;
     /// Being offline is waiting, not an error: what failed for a while is tried again, after 1 second at first and
     /// after 5 minutes at most, or after what the server asks for, a day at most. What no waiting helps comes out, and

@@ -10,6 +10,7 @@
 #include "hostkit/cloud_jobs_internal.hpp"
 #include "hostkit/download_job_internal.hpp"
 #include "hostkit/network_wait_internal.hpp"
+#include "hostkit/recent_confirmations_internal.hpp"
 #include "hostkit/tell_internal.hpp"
 #include "hostkit/token_gate.hpp"
 #include "hostkit/upload_job_internal.hpp"
@@ -29,6 +30,7 @@ GuardedCloudDatabase::GuardedCloudDatabase(PrivateTag, std::shared_ptr<CKDatabas
       options_(std::move(options)),
       mainQueue_(platform::services().mainQueue),
       quarantine_(std::make_unique<UploadQuarantine>()),
+      confirmations_(std::make_unique<RecentConfirmations>()),
       wait_(std::make_unique<NetworkWait>(options_.jitter)) {}
 
 GuardedCloudDatabase::~GuardedCloudDatabase() = default;
@@ -92,7 +94,7 @@ void GuardedCloudDatabase::fetchAllSubscriptions(SubscriptionsCompletion complet
 void GuardedCloudDatabase::arrive(std::function<Job()> make) {
     {
         const std::lock_guard lock(arrivingMutex_);
-        arriving_.push_back({std::move(make)});
+        arriving_.push_back({std::move(make), false, confirmations_->heard()});
     }
     mainQueue_->async([self = shared_from_this()] {
         self->takeIn();
@@ -115,6 +117,9 @@ void GuardedCloudDatabase::takeIn() {
         Job job = arrival.make();
         if (arrival.restarts) {
             restart(*job);
+        }
+        if (auto* const upload = dynamic_cast<UploadJob*>(job.get())) {
+            upload->heardBefore = arrival.heardBefore;
         }
         enqueue(std::move(job));
     }
@@ -162,8 +167,11 @@ void GuardedCloudDatabase::deliver(UploadJob& upload) {
         quarantine_->forget(name);
     }
     if (!confirmed.empty()) {
+        confirmations_->add(upload.savedAsSent(), upload.deleted());
         tell(events_.confirmed, confirmed);
     }
+    const std::vector<std::string> leftOut = upload.leftOut();
+    confirmed.insert(confirmed.end(), leftOut.begin(), leftOut.end());
     answer(std::move(confirmed), upload);
     tell(events_.uploadEnded, upload.failure());
 }
@@ -173,6 +181,9 @@ void GuardedCloudDatabase::deliver(DownloadJob& download) {
     const bool isNew = !page.changes.empty() || page.token != download.operation().previousServerChangeToken;
     // The same token once more, and nothing with it, would go on for ever.
     page.moreComing = page.moreComing && isNew;
+    for (const DownloadJob::Change& change : page.changes) {
+        confirmations_->forget({nameOf(change), download.operation().recordZoneID});
+    }
     if (options_.shieldsUnsent && !page.changes.empty()) {
         const std::set<std::string> unsent = unsentIDs();
         const bool knowsBefore = download.operation().previousServerChangeToken.has_value();
@@ -224,11 +235,12 @@ void GuardedCloudDatabase::answer(std::vector<std::string> ids, CloudJob& job) {
     if (ids.empty()) {
         return;
     }
-    mainQueue_->async([weak = weak_from_this(), ids = std::move(ids)] {
+    mainQueue_->async([weak = weak_from_this(), ids = std::move(ids), heard = confirmations_->count()] {
         const auto self = weak.lock();
         if (!self) {
             return;
         }
+        self->confirmations_->setHeard(heard);
         for (const std::string& id : ids) {
             const auto found = self->queued_.find(id);
             if (--found->second == 0) {
@@ -236,6 +248,9 @@ void GuardedCloudDatabase::answer(std::vector<std::string> ids, CloudJob& job) {
             }
         }
         self->advance();
+        if (!self->hasWaitingUpload()) {
+            self->confirmations_->forgetHeard();
+        }
     });
 }
 

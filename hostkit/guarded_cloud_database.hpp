@@ -26,6 +26,7 @@ struct CloudJobParts;
 class DispatchQueue;
 class DownloadJob;
 class NetworkWait;
+class RecentConfirmations;
 class ReminderStore;
 class ReminderSyncManager;
 class TokenGate;
@@ -86,6 +87,8 @@ private:
         std::function<Job()> make;
         /// A download whose token has been dropped since.
         bool restarts = false;
+        /// Of how many confirmed uploads the engine had heard.
+        std::uint64_t heardBefore = 0;
     };
 
     [[nodiscard]] CloudJobParts parts();
@@ -104,6 +107,9 @@ private:
     /// A download that was asked for while another one was on its way does not read the same once more.
     void beginWhereTheLastEnded(DownloadJob& job) const;
     void attempt(const Job& job);
+    /// Takes out of it what was confirmed while it waited.
+    void leaveOutConfirmed(UploadJob& upload);
+    [[nodiscard]] bool hasWaitingUpload() const;
     void attempted(const Job& job, const std::optional<Error>& error);
     void finish(const Job& job);
     void wait(const Error& error);
@@ -122,6 +128,7 @@ private:
     const CloudGuardOptions options_;
     const std::shared_ptr<DispatchQueue> mainQueue_;
     const std::unique_ptr<UploadQuarantine> quarantine_;
+    const std::unique_ptr<RecentConfirmations> confirmations_;
     const std::unique_ptr<NetworkWait> wait_;
     CloudGuardEvents events_;
     std::weak_ptr<ReminderSyncManager> manager_;
