@@ -26,6 +26,7 @@ struct CloudGuardOptions {
     /// Before a download, what is unsent is uploaded, once.
     bool uploadsFirst = true;
     /// A downloaded change of a reminder whose own change is unsent is dropped: the upload that follows replaces it.
+    /// Not so one of a reminder that the server has refused: no upload follows, and what came later takes its place.
     /// What this process has uploaded itself is dropped, too.
     bool shieldsUnsent = true;
     /// An upload goes in requests of 200 items and a megabyte. When the server refuses one, its items are sent in ever

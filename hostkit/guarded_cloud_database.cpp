@@ -16,6 +16,7 @@
 #include "hostkit/upload_job_internal.hpp"
 #include "quendokit/platform/services.hpp"
 #include "quendokit/store/reminder_store.hpp"
+#include "quendokit/sync/reminder_record.hpp"
 #include "quendokit/sync/reminder_sync_manager.hpp"
 
 namespace quendokit {
@@ -184,12 +185,22 @@ void GuardedCloudDatabase::deliver(DownloadJob& download) {
     for (const DownloadJob::Change& change : page.changes) {
         confirmations_->forget({nameOf(change), download.operation().recordZoneID});
     }
+    const bool isReplay = takeReplay(download);
     if (options_.shieldsUnsent && !page.changes.empty()) {
         const std::set<std::string> unsent = unsentIDs();
+        // Nothing will ever replace what came in place of a refused one. A read from the beginning tells nothing new,
+        // though: it would bring back what the person has changed since.
+        const std::set<std::string> refused =
+            isReplay ? std::set<std::string>() : refusedIDs(download.operation().recordZoneID);
         const bool knowsBefore = download.operation().previousServerChangeToken.has_value();
         std::erase_if(page.changes, [&](const DownloadJob::Change& change) {
             const bool isOwnEcho = takeOwnTag(change) && knowsBefore;
-            return isOwnEcho || unsent.contains(nameOf(change));
+            const bool isRefused = refused.contains(nameOf(change));
+            if (!isOwnEcho && isRefused) {
+                reportReplaced(change);
+                quarantine_->forget(nameOf(change));
+            }
+            return isOwnEcho || (unsent.contains(nameOf(change)) && !isRefused);
         });
     }
     std::vector<std::string> names;
@@ -204,6 +215,35 @@ void GuardedCloudDatabase::deliver(DownloadJob& download) {
     lastTokens_.insert_or_assign(download.operation().recordZoneID, error ? std::nullopt : page.token);
     answer(std::move(names), download);
     tell(events_.downloadEnded, error);
+}
+
+bool GuardedCloudDatabase::takeReplay(DownloadJob& download) {
+    const CKRecordZoneID& zoneID = download.operation().recordZoneID;
+    const bool isReplay = replayed_.erase(zoneID) > 0 || !download.operation().previousServerChangeToken;
+    if (isReplay && download.page().moreComing && !download.page().error) {
+        replayed_.insert(zoneID);
+    }
+    return isReplay;
+}
+
+std::set<std::string> GuardedCloudDatabase::refusedIDs(const CKRecordZoneID& zoneID) const {
+    std::set<std::string> ids;
+    const auto reminders = quarantine_->isEmpty() ? nullptr : store();
+    const auto items = reminders ? reminders->remindersToUpload() : std::nullopt;
+    for (const ReminderItem& item : items.value_or(std::vector<ReminderItem>())) {
+        const auto record = makeCKRecord(item, zoneID);
+        if (record && quarantine_->holds(*record)) {
+            ids.insert(item.ID);
+        }
+    }
+    return ids;
+}
+
+void GuardedCloudDatabase::reportReplaced(const DownloadJob::Change& change) {
+    const bool isDeleted = std::holds_alternative<CKRecordID>(change);
+    parts().report("The reminder \"" + nameOf(change) + "\", which cannot be sent to the cloud, was " +
+                   (isDeleted ? "deleted on another device: it is deleted here, too"
+                              : "changed on another device: that version takes its place"));
 }
 
 void GuardedCloudDatabase::tellOf(const std::vector<DownloadJob::Change>& changes) const {

@@ -116,6 +116,11 @@ private:
 
     void deliver(UploadJob& upload);
     void deliver(DownloadJob& download);
+    /// Whether the page belongs to a read from the beginning.
+    [[nodiscard]] bool takeReplay(DownloadJob& download);
+    /// What is unsent because the cloud does not take it.
+    [[nodiscard]] std::set<std::string> refusedIDs(const CKRecordZoneID& zoneID) const;
+    void reportReplaced(const std::variant<CKRecord, CKRecordID>& change);
     void tellOf(const std::vector<std::variant<CKRecord, CKRecordID>>& changes) const;
     /// Whether it is what this process has uploaded last under that name, which is forgotten then.
     [[nodiscard]] bool takeOwnTag(const std::variant<CKRecord, CKRecordID>& change);
@@ -144,6 +149,8 @@ private:
     std::map<std::string, std::string> uploadedTags_;
     /// Where the last download of each zone ended; absent when it failed.
     std::map<CKRecordZoneID, std::optional<CKServerChangeToken>> lastTokens_;
+    /// The zones that are being read from the beginning, beyond the first page.
+    std::set<CKRecordZoneID> replayed_;
     /// How many downloads have ended.
     std::uint64_t downloads_ = 0;
 };
