@@ -58,6 +58,9 @@ struct CloudGuardEvents {
     std::function<void(const std::vector<std::string>&)> confirmed = {};
     /// These come from the cloud, and go to the engine next.
     std::function<void(const std::vector<CKRecord>&, const std::vector<CKRecordID>&)> received = {};
+    /// A write of the reminders' database has failed, in an earlier turn: what came may have to be downloaded again,
+    /// and nobody asks for that.
+    std::function<void()> writeFailed = {};
     /// Something failed that is tried again after a while.
     std::function<void(const Error&, std::chrono::nanoseconds)> waits = {};
     /// One line for the log, in a later turn: an item that the server does not take.

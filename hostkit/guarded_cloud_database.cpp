@@ -63,6 +63,15 @@ void GuardedCloudDatabase::writeFailed() {
     for (Arrival& arrival : arriving_) {
         arrival.restarts = true;
     }
+    // Many may fail in one turn.
+    if (!std::exchange(tellsOfFailedWrite_, true)) {
+        mainQueue_->async([weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->tellsOfFailedWrite_ = false;
+                tell(self->events_.writeFailed);
+            }
+        });
+    }
 }
 
 void GuardedCloudDatabase::restart(CloudJob& job) const {

@@ -61,7 +61,7 @@ public:
     void perform(std::vector<std::string> ids, std::function<void()> change);
 
     /// A write of the reminders' database has failed: what was downloaded since the last durable token is downloaded
-    /// again, also what is on its way.
+    /// again, also what is on its way. Without a token gate it changes nothing.
     void writeFailed();
 
     /// Tries again at once what waits for the network: there is one again.
@@ -151,6 +151,8 @@ private:
     std::map<CKRecordZoneID, std::optional<CKServerChangeToken>> lastTokens_;
     /// The zones that are being read from the beginning, beyond the first page.
     std::set<CKRecordZoneID> replayed_;
+    /// Whether it is still to be told that a write has failed.
+    bool tellsOfFailedWrite_ = false;
     /// How many downloads have ended.
     std::uint64_t downloads_ = 0;
 };

@@ -26,7 +26,7 @@ SyncDriver::SyncDriver(PrivateTag, const std::shared_ptr<ReminderSyncManager>& m
     : manager_(manager), database_(database), options_(options), events_(std::move(events)) {}
 
 SyncDriver::~SyncDriver() {
-    for (const auto& timer : {safetyTimer_, retryTimer_, delayTimer_}) {
+    for (const auto& timer : {safetyTimer_, retryTimer_, readTimer_, delayTimer_}) {
         if (timer) {
             timer->invalidate();
         }
@@ -55,6 +55,11 @@ void SyncDriver::begin() {
     events.downloadEnded = [weak](const std::optional<Error>& error) {
         if (const auto self = weak.lock()) {
             self->downloadEnded(error);
+        }
+    };
+    events.writeFailed = [weak] {
+        if (const auto self = weak.lock()) {
+            self->writeFailed();
         }
     };
     events.confirmed = events_.confirmed;
@@ -98,16 +103,30 @@ void SyncDriver::uploadEnded(const std::optional<Error>& error) {
         delayTimer_ = nullptr;
     }
     if (error) {
-        const auto longest = options_.safetyInterval;
-        const auto wanted = options_.firstRetry * (1 << std::min(failedUploads_++, 10));
-        arm(retryTimer_, std::min<std::chrono::nanoseconds>(wanted, longest), &SyncDriver::upload, false);
+        arm(retryTimer_, waitAfter(failedUploads_++), &SyncDriver::upload, false);
     } else {
         failedUploads_ = 0;
     }
     tell(events_.uploadEnded, error);
 }
 
+std::chrono::nanoseconds SyncDriver::waitAfter(int failures) const {
+    return std::min<std::chrono::nanoseconds>(options_.firstRetry * (1 << std::min(failures, 10)),
+                                              options_.safetyInterval);
+}
+
+void SyncDriver::writeFailed() {
+    writeFailedSinceLook_ = true;
+    if (!readTimer_ || !readTimer_->isValid()) {
+        arm(readTimer_, waitAfter(failedWrites_++), &SyncDriver::ask, false);
+    }
+}
+
 void SyncDriver::downloadEnded(const std::optional<Error>& error) {
+    if (!error && readTimer_) {
+        // It began with what is stored. Whether all of it could be stored this time is told later.
+        readTimer_->invalidate();
+    }
     // Each change that is stored puts the engine's upload off by a second.
     if (!delayTimer_ || !delayTimer_->isValid()) {
         delayTimer_ = Timer::create(
@@ -128,6 +147,10 @@ void SyncDriver::lookAgain() {
     if (!manager) {
         return;
     }
+    // A time without any begins the count anew.
+    if (!std::exchange(writeFailedSinceLook_, false)) {
+        failedWrites_ = 0;
+    }
     if (!manager->zoneExists()) {
         const auto database = database_.lock();
         // While there is no network, the guard keeps asking for it, and a new manager could do no more.
@@ -136,8 +159,14 @@ void SyncDriver::lookAgain() {
         }
         return;
     }
-    manager->requireSync();
-    manager->remoteSync();
+    ask();
+}
+
+void SyncDriver::ask() {
+    if (const auto manager = manager_.lock()) {
+        manager->requireSync();
+        manager->remoteSync();
+    }
 }
 
 void SyncDriver::arm(std::shared_ptr<Timer>& timer, std::chrono::nanoseconds time, void (SyncDriver::*action)(),

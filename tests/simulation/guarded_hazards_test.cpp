@@ -288,6 +288,17 @@ TEST_P(TwoDevices, AWriteThatFailsWhileAPageIsStored) {
     EXPECT_EQ(isAt(*a, id, earlier), isProtected());
 }
 
+TEST_P(TwoDevices, AWriteThatFailsIsMadeUpForSoon) {
+    startBoth();
+    writeFails = true;
+    const std::string id = store(*b);
+    pass(3s);
+    EXPECT_FALSE(writeFails);
+    EXPECT_FALSE(a->reminder(id));
+    pass(30s);
+    EXPECT_EQ(isAt(*a, id, earlier), isProtected());
+}
+
 TEST_P(TwoDevices, AWriteThatFailsInAPageBeforeTheLast) {
     startBoth();
     surroundings.cloud->setPageSize(1);
