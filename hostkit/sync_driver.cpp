@@ -63,7 +63,11 @@ void SyncDriver::begin() {
         }
     };
     events.confirmed = events_.confirmed;
-    events.received = events_.received;
+    events.received = [weak](const std::vector<CKRecord>& records, const std::vector<CKRecordID>& deleted) {
+        if (const auto self = weak.lock()) {
+            self->received(records, deleted);
+        }
+    };
     events.waits = events_.waits;
     events.reports = events_.reports;
     database->setEvents(std::move(events));
@@ -122,13 +126,9 @@ void SyncDriver::writeFailed() {
     }
 }
 
-void SyncDriver::downloadEnded(const std::optional<Error>& error) {
-    if (!error && readTimer_) {
-        // It began with what is stored. Whether all of it could be stored this time is told later.
-        readTimer_->invalidate();
-    }
-    // Each change that is stored puts the engine's upload off by a second.
-    if (!delayTimer_ || !delayTimer_->isValid()) {
+void SyncDriver::received(const std::vector<CKRecord>& records, const std::vector<CKRecordID>& deleted) {
+    // Each record that is stored puts the engine's upload off by a second. An empty page does not, and arms nothing.
+    if (!records.empty() && (!delayTimer_ || !delayTimer_->isValid())) {
         delayTimer_ = Timer::create(
             options_.longestDelay,
             [weak = manager_](Timer& timer) {
@@ -138,6 +138,14 @@ void SyncDriver::downloadEnded(const std::optional<Error>& error) {
             },
             false);
         RunLoop::main().add(delayTimer_, RunLoopMode::default_);
+    }
+    tell(events_.received, records, deleted);
+}
+
+void SyncDriver::downloadEnded(const std::optional<Error>& error) {
+    if (!error && readTimer_) {
+        // It began with what is stored. Whether all of it could be stored this time is told later.
+        readTimer_->invalidate();
     }
     tell(events_.downloadEnded, error);
 }

@@ -79,6 +79,7 @@ private:
     void zoneAnswered();
     void uploadEnded(const std::optional<Error>& error);
     void downloadEnded(const std::optional<Error>& error);
+    void received(const std::vector<CKRecord>& records, const std::vector<CKRecordID>& deleted);
     void writeFailed();
     void lookAgain();
     /// Asks for both directions.

@@ -305,10 +305,21 @@ TEST_F(Driver, AnUploadThatEndedNeedsNoReminderOfIt) {
     const auto before = mainLoop->timerCount();
     driver->pushed();
     mainQueue->runAll();
-    answerDownload({{}, token("T1")});
+    answerDownload({{record("b")}, token("T1")});
     EXPECT_EQ(mainLoop->timerCount(), before + 1);
     add(uploadOf("1", {"a"}));
     confirmUpload();
+    EXPECT_EQ(mainLoop->timerCount(), before);
+}
+
+TEST_F(Driver, APageThatStoresNothingWakesNobodyUp) {
+    driveKnown();
+    const auto before = mainLoop->timerCount();
+    driver->pushed();
+    mainQueue->runAll();
+    answerDownload({{}, token("T1"), true});
+    answerDownload({{idOf("a")}, token("T2"), true});
+    answerDownload({{}, std::nullopt, false, failure(CKErrorCode::quotaExceeded)});
     EXPECT_EQ(mainLoop->timerCount(), before);
 }
 
@@ -389,7 +400,7 @@ TEST_F(Driver, ItsTimersEndWithIt) {
     failUpload(failure(CKErrorCode::quotaExceeded));
     driver->pushed();
     mainQueue->runAll();
-    answerDownload({{}, token("T2")});
+    answerDownload({{record("b")}, token("T2")});
     database->writeFailed();
     mainQueue->runAll();
     EXPECT_EQ(mainLoop->timerCount(), 4U);
