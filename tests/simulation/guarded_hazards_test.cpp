@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "hostkit/cloud_move.hpp"
 #include "quendokit/platform/ck_error.hpp"
 #include "quendokit/sync/reminder_record.hpp"
 #include "tests/simulation/simulated_device.hpp"
@@ -316,6 +317,30 @@ TEST_P(TwoDevices, AWriteThatFailsInAPageBeforeTheLast) {
     download(*a);
     pass(3s);
     EXPECT_EQ(a->stored().size() == ids.size(), isProtected());
+}
+
+TEST_P(TwoDevices, AZoneThatWasRemovedFromTheCloud) {
+    startBoth();
+    const std::string ofA = store(*a);
+    const std::string ofB = store(*b);
+    pass(3s);
+    surroundings.cloud->removeZone({SimulatedDevice::zoneName});
+    a->crash();
+    b->crash();
+    a->start();
+    a->settle();
+    if (isProtected()) {
+        a->act([](ReminderController& controller, ReminderSyncManager&) {
+            resendEverything(controller.shared_from_this(), nullptr, {});
+        });
+    }
+    pass(3s);
+    b->start();
+    b->settle();
+    postpone(*a, ofA);
+    pass(5s);
+    EXPECT_EQ(onServer() == 2, isProtected());
+    EXPECT_TRUE(isAt(*b, ofA, later));
 }
 
 INSTANTIATE_TEST_SUITE_P(Plain, TwoDevices, ::testing::Values(false));
