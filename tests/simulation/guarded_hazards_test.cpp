@@ -35,6 +35,7 @@ protected:
         settings.name = name;
         settings.faults = std::move(faults);
         if (name == "A") {
+            settings.uploadWays = [this] { return std::exchange(nextWay, WanderingUploads::Way()); };
             settings.failsWrite = [this] { return std::exchange(writeFails, false); };
         }
         if (GetParam()) {
@@ -109,6 +110,7 @@ protected:
     std::optional<Error> fault;
     std::size_t faultCount = 0;
     bool writeFails = false;
+    WanderingUploads::Way nextWay;
     std::unique_ptr<SimulatedDevice> a;
     std::unique_ptr<SimulatedDevice> b;
 };
@@ -265,6 +267,28 @@ TEST_P(TwoDevices, UploadsThatOverlapLandInTheirOrder) {
     pass(5s);
     EXPECT_TRUE(isAt(*a, id, earlier));
     EXPECT_TRUE(isAt(*b, id, earlier));
+}
+
+TEST_P(TwoDevices, AnUploadThatTakesLongerThanTheOneAfterIt) {
+    startBoth();
+    const std::string id = store(*a);
+    nextWay.time = 5s;
+    pass(2s);
+    postpone(*a, id);
+    pass(10s);
+    EXPECT_EQ(isAt(*b, id, later), isProtected());
+    EXPECT_EQ(surroundings.findings->count.contains(Hazard::uploadOvertaken), !isProtected());
+}
+
+TEST_P(TwoDevices, AnUploadThatArrivesTwice) {
+    startBoth();
+    const std::string id = store(*a);
+    nextWay.repeatsAfter = 5s;
+    pass(2s);
+    postpone(*a, id);
+    pass(10s);
+    EXPECT_EQ(isAt(*b, id, later), isProtected());
+    EXPECT_EQ(surroundings.findings->count.contains(Hazard::uploadOvertaken), !isProtected());
 }
 
 TEST_P(TwoDevices, AnUploadThatTheServerTakesOnlyInParts) {

@@ -108,6 +108,8 @@ public:
           loop(std::make_shared<ProcessLoop>(device.clock_)),
           network(std::make_shared<SimulatedQueue>(device.surroundings_.now, device.settings_.networkLatency)),
           database(testing::InMemoryCloudDatabase::create(device.surroundings_.cloud, network)),
+          uploads(std::make_shared<WanderingUploads>(database, device.surroundings_.now, device.settings_.uploadWays,
+                                                     device.surroundings_.findings)),
           services(std::move(durable)) {
         const CKRecordZoneID zoneID{zoneName};
         watcher = std::make_shared<SyncWatcher>(
@@ -153,7 +155,7 @@ public:
         services.notificationCenter = center;
         services.runLoopProvider = loop;
         services.mainQueue = mainQueue;
-        std::shared_ptr<CKContainerProvider> containers = std::make_shared<testing::OneCloudDatabase>(database);
+        std::shared_ptr<CKContainerProvider> containers = std::make_shared<testing::OneCloudDatabase>(uploads);
         const auto& protections = device.settings_.protections;
         if (protections) {
             guards = std::make_shared<GuardedContainerProvider>(containers, protections->guard);
@@ -170,6 +172,7 @@ public:
     const std::shared_ptr<ProcessLoop> loop;
     const std::shared_ptr<SimulatedQueue> network;
     const std::shared_ptr<testing::InMemoryCloudDatabase> database;
+    const std::shared_ptr<WanderingUploads> uploads;
     std::shared_ptr<SimulatedQueue> mainQueue;
     std::shared_ptr<SyncWatcher> watcher;
     platform::Services services;
@@ -269,6 +272,7 @@ void SimulatedDevice::crash() {
     enter();
     surroundings_.log->add("crash");
     process_->watcher->processEnds();
+    process_->uploads->clear();
     process_->network->clear();
     process_->mainQueue->clear();
     process_->driver.reset();
@@ -294,6 +298,7 @@ std::optional<Instant> SimulatedDevice::nextEvent() const {
     }
     consider(process_->mainQueue->nextDue());
     consider(process_->network->nextDue());
+    consider(process_->uploads->nextDue());
     return next;
 }
 
@@ -303,7 +308,7 @@ void SimulatedDevice::runNextEvent() {
     const bool timerIsDue = untilTimer && process_->startedAt + loop.elapsed() + *untilTimer <= *surroundings_.now;
     // Fires timers that are due.
     enter();
-    if (timerIsDue) {
+    if (timerIsDue || process_->uploads->runDue()) {
         return;
     }
     const auto mainDue = process_->mainQueue->nextDue();
@@ -317,7 +322,7 @@ void SimulatedDevice::runNextEvent() {
 
 bool SimulatedDevice::runNetworkTask() {
     enter();
-    return process_->network->runNext();
+    return process_->uploads->runDue() || process_->network->runNext();
 }
 
 bool SimulatedDevice::runMainTask() {
@@ -388,7 +393,8 @@ std::vector<ReminderItem> SimulatedDevice::storedNow() const {
 }
 
 bool SimulatedDevice::isBusy() const {
-    return isRunning() && (process_->database->runningCount() > 0 || process_->mainQueue->nextDue().has_value());
+    return isRunning() && (process_->database->runningCount() > 0 || process_->uploads->nextDue().has_value() ||
+                           process_->mainQueue->nextDue().has_value());
 }
 
 }  // namespace quendokit::simulation

@@ -22,6 +22,7 @@
 #include "tests/simulation/hazard.hpp"
 #include "tests/simulation/random.hpp"
 #include "tests/simulation/simulated_queue.hpp"
+#include "tests/simulation/wandering_uploads.hpp"
 
 namespace quendokit::simulation {
 
@@ -77,6 +78,8 @@ public:
         SimulatedQueue::Latency mainLatency = {};
         /// What becomes of the next request; it succeeds when absent.
         testing::InMemoryCloudDatabase::Faults faults = {};
+        /// How the next upload comes to the server.
+        WanderingUploads::Ways uploadWays = {};
         /// Whether the next write of something that was queued on the main queue fails; none does when absent. What the
         /// person changes is written, or the person would know.
         std::function<bool()> failsWrite = {};

@@ -75,12 +75,24 @@ private:
         };
         settings.mainLatency = [this] { return seconds(random_.chance(0.05) ? random_.between(0, 0.2) : 0); };
         settings.faults = [this, index] { return fault(states_[index]); };
+        settings.uploadWays = [this] { return wayOfUpload(); };
         settings.failsWrite = [this] { return faultsAreOn_ && options_.failingWrites && random_.chance(0.05); };
         settings.protections = options_.protections;
         if (settings.protections) {
             settings.protections->guard.jitter = [this] { return random_.fraction(); };
         }
         return std::make_unique<SimulatedDevice>(std::move(settings), surroundings_);
+    }
+
+    WanderingUploads::Way wayOfUpload() {
+        WanderingUploads::Way way;
+        if (faultsAreOn_ && options_.wanderingUploads) {
+            way.time = seconds(random_.chance(0.3) ? random_.between(0.2, 5) : 0);
+            if (random_.chance(0.1)) {
+                way.repeatsAfter = seconds(random_.between(0.05, 4));
+            }
+        }
+        return way;
     }
 
     std::optional<testing::RequestFault> fault(const State& state) {
@@ -282,6 +294,7 @@ std::string describe(const SimulationOptions& options) {
     text += options.crashes ? ", crashes" : "";
     text += options.expiredTokens ? ", expired tokens" : "";
     text += options.failingWrites ? ", failing writes" : "";
+    text += options.wanderingUploads ? ", wandering uploads" : "";
     text += options.protections ? ", protected" : "";
     text += options.bursts ? "" : ", no bursts";
     text += options.crashAtEvent > 0 ? ", crash at event " + std::to_string(options.crashAtEvent) : "";

@@ -29,6 +29,8 @@ struct SimulationOptions {
     bool crashes = false;
     bool expiredTokens = false;
     bool failingWrites = false;
+    /// Uploads overtake each other on their way, and some arrive twice.
+    bool wanderingUploads = false;
     /// The device whose event it would be crashes instead of the event of that number; 0: none does.
     std::size_t crashAtEvent = 0;
     /// Whether the server tells of deletions from the beginning.

@@ -13,6 +13,7 @@ SimulationOptions withAllFaults(std::uint64_t seed) {
     options.lostRequests = true;
     options.crashes = true;
     options.expiredTokens = true;
+    options.wanderingUploads = true;
     return options;
 }
 
