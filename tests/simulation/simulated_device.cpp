@@ -4,21 +4,24 @@
 #include <utility>
 
 #include "hostkit/guarded_container_provider.hpp"
+#include "hostkit/intent_journal.hpp"
 #include "hostkit/sync_driver.hpp"
 #include "hostkit/token_gate.hpp"
+#include "hostkit/two_step_changes.hpp"
 #include "quendokit/platform/fatal_error.hpp"
 #include "quendokit/platform/realm.hpp"
-#include "quendokit/platform/timer.hpp"
 #include "quendokit/store/quendokit_config.hpp"
 #include "quendokit/store/reminder_controller_internal.hpp"
 #include "quendokit/sync/reminder_sync.hpp"
 #include "testing/fixed_locale.hpp"
 #include "testing/in_memory_bundle.hpp"
+#include "testing/in_memory_user_defaults.hpp"
 #include "testing/manual_calendar.hpp"
-#include "testing/manual_run_loop.hpp"
 #include "testing/one_cloud_database.hpp"
 #include "testing/recording_notification_center.hpp"
 #include "tests/simulation/failing_realm.hpp"
+#include "tests/simulation/mortal_settings.hpp"
+#include "tests/simulation/process_loop.hpp"
 #include "tests/simulation/sync_watcher.hpp"
 
 namespace quendokit::simulation {
@@ -26,43 +29,6 @@ namespace {
 
 /// 2026-11-21 23:00:00 UTC.
 constexpr double beginning = 1'795'302'000;
-
-/// Adds lines to the log, with a word before them.
-class LoggingSink final : public LineSink {
-public:
-    LoggingSink(std::shared_ptr<EventLog> log, std::string prefix) : log_(std::move(log)), prefix_(std::move(prefix)) {}
-    void writeLine(std::string_view line) override { log_->add(prefix_ + std::string(line)); }
-
-private:
-    const std::shared_ptr<EventLog> log_;
-    const std::string prefix_;
-};
-
-/// The one loop of a process. At the end, timers that still wait let go of what they hold.
-class ProcessLoop final : public RunLoopProvider, public RunLoop {
-public:
-    explicit ProcessLoop(const std::shared_ptr<testing::ManualClock>& clock) : loop(clock) {}
-    ~ProcessLoop() override {
-        for (const auto& weak : timers_) {
-            if (const auto timer = weak.lock()) {
-                timer->invalidate();
-            }
-        }
-    }
-
-    [[nodiscard]] RunLoop& main() override { return *this; }
-    [[nodiscard]] RunLoop& current() override { return *this; }
-    void add(std::shared_ptr<Timer> timer, RunLoopMode mode) override {
-        std::erase_if(timers_, [](const auto& each) { return each.expired(); });
-        timers_.push_back(timer);
-        loop.add(std::move(timer), mode);
-    }
-
-    testing::ManualRunLoop loop;
-
-private:
-    std::vector<std::weak_ptr<Timer>> timers_;
-};
 
 /// Lets a watcher see what the engine asks of a database.
 class WatchedDatabases final : public CKContainerProvider {
@@ -182,6 +148,7 @@ public:
     std::shared_ptr<ReminderSyncManager> manager;
     std::shared_ptr<SyncDriver> driver;
     std::shared_ptr<ReminderController> controller;
+    std::unique_ptr<TwoStepChanges> twoSteps;
 };
 
 void SimulatedDevice::enter() const {
@@ -202,7 +169,9 @@ SimulatedDevice::SimulatedDevice(Settings settings, Surroundings surroundings)
     : settings_(std::move(settings)),
       surroundings_(std::move(surroundings)),
       random_(settings_.seed),
-      clock_(std::make_shared<testing::ManualClock>(Date(beginning))) {}
+      clock_(std::make_shared<testing::ManualClock>(Date(beginning))),
+      settingsOnDisk_(std::make_shared<MortalSettings>(
+          std::make_shared<testing::InMemoryUserDefaults>(), [this] { return hasEnded_; }, [this] { wrote(); })) {}
 
 SimulatedDevice::~SimulatedDevice() {
     if (isRunning()) {
@@ -218,7 +187,7 @@ platform::Services SimulatedDevice::durableServices() const {
     services.bundleProvider =
         std::make_shared<testing::InMemoryBundleProvider>(testing::InMemoryBundleProvider::Bundles{
             {"net.example.quendokit", std::make_shared<testing::InMemoryBundle>()}});
-    services.userDefaults = defaults_;
+    services.userDefaults = settingsOnDisk_;
     services.ubiquitousKeyValueStore = keyValues_;
     services.realmProvider = realms_;
     services.standardOutput = std::make_shared<LoggingSink>(surroundings_.log, "");
@@ -254,6 +223,25 @@ void SimulatedDevice::start() {
             process_->driver = SyncDriver::create(process_->manager, guard);
         }
     }
+    if (settings_.journal) {
+        process_->twoSteps =
+            std::make_unique<TwoStepChanges>(process_->controller, IntentJournal::open(*settings_.journal).value());
+        static_cast<void>(process_->twoSteps->finishLeftovers());
+    }
+}
+
+void SimulatedDevice::wrote() {
+    hasEnded_ = hasEnded_ || (settings_.endsAfterWrite && settings_.endsAfterWrite());
+}
+
+void SimulatedDevice::edit(ReminderController& controller, const ReminderStruct& reminder) {
+    if (process_->twoSteps) {
+        static_cast<void>(process_->twoSteps->edit(reminder));
+        return;
+    }
+    // Storing under an id does not count as a change, postponing does.
+    controller.store(reminder);
+    controller.postpone(reminder, reminder.condition());
 }
 
 std::shared_ptr<Realm> SimulatedDevice::openRealm() {
@@ -265,7 +253,8 @@ std::shared_ptr<Realm> SimulatedDevice::openRealm() {
             if (process_->guards && settings_.protections->tellsOfFailedWrites) {
                 process_->guards->database(container)->writeFailed();
             }
-        });
+        },
+        [this] { return hasEnded_; }, [this] { wrote(); });
 }
 
 void SimulatedDevice::crash() {
@@ -276,10 +265,12 @@ void SimulatedDevice::crash() {
     process_->network->clear();
     process_->mainQueue->clear();
     process_->driver.reset();
+    process_->twoSteps.reset();
     process_->controller.reset();
     process_->manager.reset();
     surroundings_.installation->leave();
     process_.reset();
+    hasEnded_ = false;
 }
 
 std::optional<Instant> SimulatedDevice::nextEvent() const {
