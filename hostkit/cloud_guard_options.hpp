@@ -17,6 +17,7 @@ namespace quendokit {
 /// Each protection has a switch. With all of them off, everything is passed on as it is.
 struct CloudGuardOptions {
     /// One operation is on its way at a time, the first that is ready first: uploads cannot overtake each other.
+    /// What one of them has brought to the cloud while a later one waited, the later one does not send again.
     bool oneAtATime = true;
     /// Being offline is waiting, not an error: what failed for a while is tried again, after 1 second at first and
     /// after 5 minutes at most, or after what the server asks for, a day at most. What no waiting helps comes out, and
@@ -25,6 +26,7 @@ struct CloudGuardOptions {
     /// Before a download, what is unsent is uploaded, once.
     bool uploadsFirst = true;
     /// A downloaded change of a reminder whose own change is unsent is dropped: the upload that follows replaces it.
+    /// Not so one of a reminder that the server has refused: no upload follows, and what came later takes its place.
     /// What this process has uploaded itself is dropped, too.
     bool shieldsUnsent = true;
     /// An upload goes in requests of 200 items and a megabyte. When the server refuses one, its items are sent in ever
@@ -56,6 +58,9 @@ struct CloudGuardEvents {
     std::function<void(const std::vector<std::string>&)> confirmed = {};
     /// These come from the cloud, and go to the engine next.
     std::function<void(const std::vector<CKRecord>&, const std::vector<CKRecordID>&)> received = {};
+    /// A write of the reminders' database has failed, in an earlier turn: what came may have to be downloaded again,
+    /// and nobody asks for that.
+    std::function<void()> writeFailed = {};
     /// Something failed that is tried again after a while.
     std::function<void(const Error&, std::chrono::nanoseconds)> waits = {};
     /// One line for the log, in a later turn: an item that the server does not take.

@@ -10,11 +10,13 @@
 #include "hostkit/cloud_jobs_internal.hpp"
 #include "hostkit/download_job_internal.hpp"
 #include "hostkit/network_wait_internal.hpp"
+#include "hostkit/recent_confirmations_internal.hpp"
 #include "hostkit/tell_internal.hpp"
 #include "hostkit/token_gate.hpp"
 #include "hostkit/upload_job_internal.hpp"
 #include "quendokit/platform/services.hpp"
 #include "quendokit/store/reminder_store.hpp"
+#include "quendokit/sync/reminder_record.hpp"
 #include "quendokit/sync/reminder_sync_manager.hpp"
 
 namespace quendokit {
@@ -29,6 +31,7 @@ GuardedCloudDatabase::GuardedCloudDatabase(PrivateTag, std::shared_ptr<CKDatabas
       options_(std::move(options)),
       mainQueue_(platform::services().mainQueue),
       quarantine_(std::make_unique<UploadQuarantine>()),
+      confirmations_(std::make_unique<RecentConfirmations>()),
       wait_(std::make_unique<NetworkWait>(options_.jitter)) {}
 
 GuardedCloudDatabase::~GuardedCloudDatabase() = default;
@@ -59,6 +62,15 @@ void GuardedCloudDatabase::writeFailed() {
     const std::lock_guard lock(arrivingMutex_);
     for (Arrival& arrival : arriving_) {
         arrival.restarts = true;
+    }
+    // Many may fail in one turn.
+    if (!std::exchange(tellsOfFailedWrite_, true)) {
+        mainQueue_->async([weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->tellsOfFailedWrite_ = false;
+                tell(self->events_.writeFailed);
+            }
+        });
     }
 }
 
@@ -92,7 +104,7 @@ void GuardedCloudDatabase::fetchAllSubscriptions(SubscriptionsCompletion complet
 void GuardedCloudDatabase::arrive(std::function<Job()> make) {
     {
         const std::lock_guard lock(arrivingMutex_);
-        arriving_.push_back({std::move(make)});
+        arriving_.push_back({std::move(make), false, confirmations_->heard()});
     }
     mainQueue_->async([self = shared_from_this()] {
         self->takeIn();
@@ -115,6 +127,9 @@ void GuardedCloudDatabase::takeIn() {
         Job job = arrival.make();
         if (arrival.restarts) {
             restart(*job);
+        }
+        if (auto* const upload = dynamic_cast<UploadJob*>(job.get())) {
+            upload->heardBefore = arrival.heardBefore;
         }
         enqueue(std::move(job));
     }
@@ -162,8 +177,11 @@ void GuardedCloudDatabase::deliver(UploadJob& upload) {
         quarantine_->forget(name);
     }
     if (!confirmed.empty()) {
+        confirmations_->add(upload.savedAsSent(), upload.deleted());
         tell(events_.confirmed, confirmed);
     }
+    const std::vector<std::string> leftOut = upload.leftOut();
+    confirmed.insert(confirmed.end(), leftOut.begin(), leftOut.end());
     answer(std::move(confirmed), upload);
     tell(events_.uploadEnded, upload.failure());
 }
@@ -173,12 +191,25 @@ void GuardedCloudDatabase::deliver(DownloadJob& download) {
     const bool isNew = !page.changes.empty() || page.token != download.operation().previousServerChangeToken;
     // The same token once more, and nothing with it, would go on for ever.
     page.moreComing = page.moreComing && isNew;
+    for (const DownloadJob::Change& change : page.changes) {
+        confirmations_->forget({nameOf(change), download.operation().recordZoneID});
+    }
+    const bool isReplay = takeReplay(download);
     if (options_.shieldsUnsent && !page.changes.empty()) {
         const std::set<std::string> unsent = unsentIDs();
+        // Nothing will ever replace what came in place of a refused one. A read from the beginning tells nothing new,
+        // though: it would bring back what the person has changed since.
+        const std::set<std::string> refused =
+            isReplay ? std::set<std::string>() : refusedIDs(download.operation().recordZoneID);
         const bool knowsBefore = download.operation().previousServerChangeToken.has_value();
         std::erase_if(page.changes, [&](const DownloadJob::Change& change) {
             const bool isOwnEcho = takeOwnTag(change) && knowsBefore;
-            return isOwnEcho || unsent.contains(nameOf(change));
+            const bool isRefused = refused.contains(nameOf(change));
+            if (!isOwnEcho && isRefused) {
+                reportReplaced(change);
+                quarantine_->forget(nameOf(change));
+            }
+            return isOwnEcho || (unsent.contains(nameOf(change)) && !isRefused);
         });
     }
     std::vector<std::string> names;
@@ -193,6 +224,35 @@ void GuardedCloudDatabase::deliver(DownloadJob& download) {
     lastTokens_.insert_or_assign(download.operation().recordZoneID, error ? std::nullopt : page.token);
     answer(std::move(names), download);
     tell(events_.downloadEnded, error);
+}
+
+bool GuardedCloudDatabase::takeReplay(DownloadJob& download) {
+    const CKRecordZoneID& zoneID = download.operation().recordZoneID;
+    const bool isReplay = replayed_.erase(zoneID) > 0 || !download.operation().previousServerChangeToken;
+    if (isReplay && download.page().moreComing && !download.page().error) {
+        replayed_.insert(zoneID);
+    }
+    return isReplay;
+}
+
+std::set<std::string> GuardedCloudDatabase::refusedIDs(const CKRecordZoneID& zoneID) const {
+    std::set<std::string> ids;
+    const auto reminders = quarantine_->isEmpty() ? nullptr : store();
+    const auto items = reminders ? reminders->remindersToUpload() : std::nullopt;
+    for (const ReminderItem& item : items.value_or(std::vector<ReminderItem>())) {
+        const auto record = makeCKRecord(item, zoneID);
+        if (record && quarantine_->holds(*record)) {
+            ids.insert(item.ID);
+        }
+    }
+    return ids;
+}
+
+void GuardedCloudDatabase::reportReplaced(const DownloadJob::Change& change) {
+    const bool isDeleted = std::holds_alternative<CKRecordID>(change);
+    parts().report("The reminder \"" + nameOf(change) + "\", which cannot be sent to the cloud, was " +
+                   (isDeleted ? "deleted on another device: it is deleted here, too"
+                              : "changed on another device: that version takes its place"));
 }
 
 void GuardedCloudDatabase::tellOf(const std::vector<DownloadJob::Change>& changes) const {
@@ -224,11 +284,12 @@ void GuardedCloudDatabase::answer(std::vector<std::string> ids, CloudJob& job) {
     if (ids.empty()) {
         return;
     }
-    mainQueue_->async([weak = weak_from_this(), ids = std::move(ids)] {
+    mainQueue_->async([weak = weak_from_this(), ids = std::move(ids), heard = confirmations_->count()] {
         const auto self = weak.lock();
         if (!self) {
             return;
         }
+        self->confirmations_->setHeard(heard);
         for (const std::string& id : ids) {
             const auto found = self->queued_.find(id);
             if (--found->second == 0) {
@@ -236,6 +297,9 @@ void GuardedCloudDatabase::answer(std::vector<std::string> ids, CloudJob& job) {
             }
         }
         self->advance();
+        if (!self->hasWaitingUpload()) {
+            self->confirmations_->forgetHeard();
+        }
     });
 }
 

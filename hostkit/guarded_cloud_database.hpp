@@ -26,6 +26,7 @@ struct CloudJobParts;
 class DispatchQueue;
 class DownloadJob;
 class NetworkWait;
+class RecentConfirmations;
 class ReminderStore;
 class ReminderSyncManager;
 class TokenGate;
@@ -60,7 +61,7 @@ public:
     void perform(std::vector<std::string> ids, std::function<void()> change);
 
     /// A write of the reminders' database has failed: what was downloaded since the last durable token is downloaded
-    /// again, also what is on its way.
+    /// again, also what is on its way. Without a token gate it changes nothing.
     void writeFailed();
 
     /// Tries again at once what waits for the network: there is one again.
@@ -86,6 +87,8 @@ private:
         std::function<Job()> make;
         /// A download whose token has been dropped since.
         bool restarts = false;
+        /// Of how many confirmed uploads the engine had heard.
+        std::uint64_t heardBefore = 0;
     };
 
     [[nodiscard]] CloudJobParts parts();
@@ -104,12 +107,20 @@ private:
     /// A download that was asked for while another one was on its way does not read the same once more.
     void beginWhereTheLastEnded(DownloadJob& job) const;
     void attempt(const Job& job);
+    /// Takes out of it what was confirmed while it waited.
+    void leaveOutConfirmed(UploadJob& upload);
+    [[nodiscard]] bool hasWaitingUpload() const;
     void attempted(const Job& job, const std::optional<Error>& error);
     void finish(const Job& job);
     void wait(const Error& error);
 
     void deliver(UploadJob& upload);
     void deliver(DownloadJob& download);
+    /// Whether the page belongs to a read from the beginning.
+    [[nodiscard]] bool takeReplay(DownloadJob& download);
+    /// What is unsent because the cloud does not take it.
+    [[nodiscard]] std::set<std::string> refusedIDs(const CKRecordZoneID& zoneID) const;
+    void reportReplaced(const std::variant<CKRecord, CKRecordID>& change);
     void tellOf(const std::vector<std::variant<CKRecord, CKRecordID>>& changes) const;
     /// Whether it is what this process has uploaded last under that name, which is forgotten then.
     [[nodiscard]] bool takeOwnTag(const std::variant<CKRecord, CKRecordID>& change);
@@ -122,6 +133,7 @@ private:
     const CloudGuardOptions options_;
     const std::shared_ptr<DispatchQueue> mainQueue_;
     const std::unique_ptr<UploadQuarantine> quarantine_;
+    const std::unique_ptr<RecentConfirmations> confirmations_;
     const std::unique_ptr<NetworkWait> wait_;
     CloudGuardEvents events_;
     std::weak_ptr<ReminderSyncManager> manager_;
@@ -137,6 +149,10 @@ private:
     std::map<std::string, std::string> uploadedTags_;
     /// Where the last download of each zone ended; absent when it failed.
     std::map<CKRecordZoneID, std::optional<CKServerChangeToken>> lastTokens_;
+    /// The zones that are being read from the beginning, beyond the first page.
+    std::set<CKRecordZoneID> replayed_;
+    /// Whether it is still to be told that a write has failed.
+    bool tellsOfFailedWrite_ = false;
     /// How many downloads have ended.
     std::uint64_t downloads_ = 0;
 };

@@ -8,6 +8,7 @@
 #include "hostkit/download_job_internal.hpp"
 #include "hostkit/guarded_cloud_database.hpp"
 #include "hostkit/network_wait_internal.hpp"
+#include "hostkit/recent_confirmations_internal.hpp"
 #include "hostkit/tell_internal.hpp"
 #include "hostkit/transient_error.hpp"
 #include "hostkit/upload_job_internal.hpp"
@@ -113,11 +114,33 @@ void GuardedCloudDatabase::putUploadFirst() {
         return;
     }
     if (auto operation = std::dynamic_pointer_cast<CKModifyRecordsOperation>(manager->localSyncOp())) {
-        enqueueUpload(makeUploadJob(parts(), std::move(operation)), true);
+        const auto upload = makeUploadJob(parts(), std::move(operation));
+        upload->heardBefore = confirmations_->heard();
+        enqueueUpload(upload, true);
     }
 }
 
+void GuardedCloudDatabase::leaveOutConfirmed(UploadJob& upload) {
+    if (!options_.oneAtATime) {
+        return;
+    }
+    upload.leaveOutConfirmed(*confirmations_);
+    // What the cloud has there is this now, or is unknown until it is confirmed.
+    upload.forEachUnsent([this](const CKRecordID& id) { confirmations_->forget(id); });
+}
+
+bool GuardedCloudDatabase::hasWaitingUpload() const {
+    const bool isInQueue = std::any_of(queue_.begin(), queue_.end(), [](const Job& job) {
+        return dynamic_cast<UploadJob*>(job.get()) != nullptr && job->isReady();
+    });
+    const std::lock_guard lock(arrivingMutex_);
+    return isInQueue || !arriving_.empty();
+}
+
 void GuardedCloudDatabase::attempt(const Job& job) {
+    if (auto* const upload = dynamic_cast<UploadJob*>(job.get())) {
+        leaveOutConfirmed(*upload);
+    }
     running_.push_back(job);
     job->attempt(*database_, [weak = weak_from_this(), job](const std::optional<Error>& error) {
         if (const auto self = weak.lock()) {

@@ -26,7 +26,7 @@ SyncDriver::SyncDriver(PrivateTag, const std::shared_ptr<ReminderSyncManager>& m
     : manager_(manager), database_(database), options_(options), events_(std::move(events)) {}
 
 SyncDriver::~SyncDriver() {
-    for (const auto& timer : {safetyTimer_, retryTimer_, delayTimer_}) {
+    for (const auto& timer : {safetyTimer_, retryTimer_, readTimer_, delayTimer_}) {
         if (timer) {
             timer->invalidate();
         }
@@ -57,8 +57,17 @@ void SyncDriver::begin() {
             self->downloadEnded(error);
         }
     };
+    events.writeFailed = [weak] {
+        if (const auto self = weak.lock()) {
+            self->writeFailed();
+        }
+    };
     events.confirmed = events_.confirmed;
-    events.received = events_.received;
+    events.received = [weak](const std::vector<CKRecord>& records, const std::vector<CKRecordID>& deleted) {
+        if (const auto self = weak.lock()) {
+            self->received(records, deleted);
+        }
+    };
     events.waits = events_.waits;
     events.reports = events_.reports;
     database->setEvents(std::move(events));
@@ -98,18 +107,28 @@ void SyncDriver::uploadEnded(const std::optional<Error>& error) {
         delayTimer_ = nullptr;
     }
     if (error) {
-        const auto longest = options_.safetyInterval;
-        const auto wanted = options_.firstRetry * (1 << std::min(failedUploads_++, 10));
-        arm(retryTimer_, std::min<std::chrono::nanoseconds>(wanted, longest), &SyncDriver::upload, false);
+        arm(retryTimer_, waitAfter(failedUploads_++), &SyncDriver::upload, false);
     } else {
         failedUploads_ = 0;
     }
     tell(events_.uploadEnded, error);
 }
 
-void SyncDriver::downloadEnded(const std::optional<Error>& error) {
-    // Each change that is stored puts the engine's upload off by a second.
-    if (!delayTimer_ || !delayTimer_->isValid()) {
+std::chrono::nanoseconds SyncDriver::waitAfter(int failures) const {
+    return std::min<std::chrono::nanoseconds>(options_.firstRetry * (1 << std::min(failures, 10)),
+                                              options_.safetyInterval);
+}
+
+void SyncDriver::writeFailed() {
+    writeFailedSinceLook_ = true;
+    if (!readTimer_ || !readTimer_->isValid()) {
+        arm(readTimer_, waitAfter(failedWrites_++), &SyncDriver::ask, false);
+    }
+}
+
+void SyncDriver::received(const std::vector<CKRecord>& records, const std::vector<CKRecordID>& deleted) {
+    // Each record that is stored puts the engine's upload off by a second. An empty page does not, and arms nothing.
+    if (!records.empty() && (!delayTimer_ || !delayTimer_->isValid())) {
         delayTimer_ = Timer::create(
             options_.longestDelay,
             [weak = manager_](Timer& timer) {
@@ -120,6 +139,14 @@ void SyncDriver::downloadEnded(const std::optional<Error>& error) {
             false);
         RunLoop::main().add(delayTimer_, RunLoopMode::default_);
     }
+    tell(events_.received, records, deleted);
+}
+
+void SyncDriver::downloadEnded(const std::optional<Error>& error) {
+    if (!error && readTimer_) {
+        // It began with what is stored. Whether all of it could be stored this time is told later.
+        readTimer_->invalidate();
+    }
     tell(events_.downloadEnded, error);
 }
 
@@ -127,6 +154,10 @@ void SyncDriver::lookAgain() {
     const auto manager = manager_.lock();
     if (!manager) {
         return;
+    }
+    // A time without any begins the count anew.
+    if (!std::exchange(writeFailedSinceLook_, false)) {
+        failedWrites_ = 0;
     }
     if (!manager->zoneExists()) {
         const auto database = database_.lock();
@@ -136,8 +167,14 @@ void SyncDriver::lookAgain() {
         }
         return;
     }
-    manager->requireSync();
-    manager->remoteSync();
+    ask();
+}
+
+void SyncDriver::ask() {
+    if (const auto manager = manager_.lock()) {
+        manager->requireSync();
+        manager->remoteSync();
+    }
 }
 
 void SyncDriver::arm(std::shared_ptr<Timer>& timer, std::chrono::nanoseconds time, void (SyncDriver::*action)(),

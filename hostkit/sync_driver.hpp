@@ -25,7 +25,8 @@ struct SyncDriverOptions {
     std::chrono::nanoseconds safetyInterval = std::chrono::minutes(5);
     /// How long a stream of changes from elsewhere may put an upload off.
     std::chrono::nanoseconds longestDelay = std::chrono::seconds(10);
-    /// How long it waits after an upload that failed for good, at first; twice as long after each further one.
+    /// How long it waits after an upload that failed for good, or after a change that could not be stored, at first;
+    /// twice as long after each further one, a safety interval at most.
     std::chrono::nanoseconds firstRetry = std::chrono::seconds(30);
 };
 
@@ -47,9 +48,9 @@ struct SyncDriverEvents {
 };
 
 /// The engine uploads a second after a change and never again when that failed; this asks again: when the zone becomes
-/// known, when the network is back, after a failed upload, and now and then. A host makes one beside its manager, and
-/// another one when it makes another manager. Holds both weakly, and is the only one to set the database's events. Main
-/// thread.
+/// known, when the network is back, after a failed upload or a failed write, and now and then. A host makes one beside
+/// its manager, and another one when it makes another manager. Holds both weakly, and is the only one to set the
+/// database's events. Main thread.
 class QUENDOKIT_EXPORT SyncDriver final : public std::enable_shared_from_this<SyncDriver> {
     struct PrivateTag {};
 
@@ -78,7 +79,13 @@ private:
     void zoneAnswered();
     void uploadEnded(const std::optional<Error>& error);
     void downloadEnded(const std::optional<Error>& error);
+    void received(const std::vector<CKRecord>& records, const std::vector<CKRecordID>& deleted);
+    void writeFailed();
     void lookAgain();
+    /// Asks for both directions.
+    void ask();
+    /// How long to wait after so many failures before.
+    [[nodiscard]] std::chrono::nanoseconds waitAfter(int failures) const;
     /// Calls `action` on this driver after `time`, instead of what `timer` was to do.
     void arm(std::shared_ptr<Timer>& timer, std::chrono::nanoseconds time, void (SyncDriver::*action)(), bool repeats);
 
@@ -88,8 +95,11 @@ private:
     const SyncDriverEvents events_;
     std::shared_ptr<Timer> safetyTimer_;
     std::shared_ptr<Timer> retryTimer_;
+    std::shared_ptr<Timer> readTimer_;
     std::shared_ptr<Timer> delayTimer_;
     int failedUploads_ = 0;
+    int failedWrites_ = 0;
+    bool writeFailedSinceLook_ = false;
 };
 
 }  // namespace quendokit

@@ -2,6 +2,7 @@
 #include <array>
 #include <iterator>
 
+#include "hostkit/recent_confirmations_internal.hpp"
 #include "hostkit/upload_job_internal.hpp"
 #include "quendokit/platform/ck_error.hpp"
 
@@ -93,6 +94,55 @@ void UploadJob::plan() {
     }
 }
 
+void UploadJob::leaveOutConfirmed(const RecentConfirmations& confirmations) {
+    if (operation_->savePolicy != CKRecordSavePolicy::allKeys) {
+        return;
+    }
+    for (Request& request : requests_) {
+        if (request.records) {
+            std::erase_if(*request.records, [&](const CKRecord& record) {
+                const bool isSaved = confirmations.savedSince(heardBefore, record);
+                if (isSaved) {
+                    savedBefore_.push_back(record);
+                }
+                return isSaved;
+            });
+        }
+        if (request.deletions) {
+            std::erase_if(*request.deletions, [&](const CKRecordID& id) {
+                const bool isDeleted = confirmations.deletedSince(heardBefore, id);
+                if (isDeleted) {
+                    deletedBefore_.push_back(id);
+                }
+                return isDeleted;
+            });
+        }
+    }
+    std::erase_if(requests_, [](const Request& request) { return request.size() == 0; });
+}
+
+void UploadJob::forEachUnsent(const std::function<void(const CKRecordID&)>& call) const {
+    for (const Request& request : requests_) {
+        for (const CKRecord& record : request.records.value_or(std::vector<CKRecord>())) {
+            call(record.recordID());
+        }
+        for (const CKRecordID& id : request.deletions.value_or(std::vector<CKRecordID>())) {
+            call(id);
+        }
+    }
+}
+
+std::vector<std::string> UploadJob::leftOut() const {
+    std::vector<std::string> names;
+    for (const CKRecord& record : savedBefore_) {
+        names.push_back(record.recordID().recordName);
+    }
+    for (const CKRecordID& id : deletedBefore_) {
+        names.push_back(id.recordName);
+    }
+    return names;
+}
+
 void UploadJob::attempt(CKDatabase& database, Done done) {
     if (requests_.empty()) {
         mainQueue()->async([done = std::move(done)] { done(std::nullopt); });
@@ -106,7 +156,7 @@ void UploadJob::attempt(CKDatabase& database, Done done) {
         // `done` keeps this job.
         queue->async([this, saved, deleted, error, done] {
             if (!error && saved) {
-                saved_.insert(saved_.end(), saved->begin(), saved->end());
+                takeSaved(*saved);
             }
             if (!error && deleted) {
                 deleted_.insert(deleted_.end(), deleted->begin(), deleted->end());
@@ -115,6 +165,18 @@ void UploadJob::attempt(CKDatabase& database, Done done) {
         });
     };
     database.add(std::move(inner));
+}
+
+void UploadJob::takeSaved(const std::vector<CKRecord>& saved) {
+    std::set<CKRecordID> ids;
+    for (const CKRecord& record : saved) {
+        ids.insert(record.recordID());
+        saved_.push_back(record);
+    }
+    if (const auto& sent = requests_.front().records) {
+        std::copy_if(sent->begin(), sent->end(), std::back_inserter(savedAsSent_),
+                     [&](const CKRecord& record) { return ids.contains(record.recordID()); });
+    }
 }
 
 bool UploadJob::needsAnother(const std::optional<Error>& error) {
@@ -162,12 +224,15 @@ void UploadJob::leaveOut(const CKRecord& record, const std::string& why) {
 
 void UploadJob::finish() {
     if (operation_->modifyRecordsCompletion) {
-        const bool nothingTaken = saved_.empty() && deleted_.empty();
-        if (failure_ && nothingTaken) {
+        std::vector<CKRecord> saved = savedBefore_;
+        saved.insert(saved.end(), saved_.begin(), saved_.end());
+        std::vector<CKRecordID> deleted = deletedBefore_;
+        deleted.insert(deleted.end(), deleted_.begin(), deleted_.end());
+        if (failure_ && saved.empty() && deleted.empty()) {
             operation_->modifyRecordsCompletion(std::nullopt, std::nullopt, failure_);
         } else {
             // What was taken is confirmed; the rest stays unsent and goes with a later upload.
-            operation_->modifyRecordsCompletion(saved_, deleted_, std::nullopt);
+            operation_->modifyRecordsCompletion(std::move(saved), std::move(deleted), std::nullopt);
         }
     }
     operation_->finish();

@@ -2,6 +2,7 @@
 /// \file
 /// `UploadJob`, saves and deletions, sent by a guard.
 
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -17,6 +18,8 @@
 
 namespace quendokit {
 
+class RecentConfirmations;
+
 /// Sends an upload request by request, and leaves out what the cloud does not take. Main thread.
 class UploadJob final : public CloudJob {
 public:
@@ -31,6 +34,12 @@ public:
     [[nodiscard]] bool needsAnother(const std::optional<Error>& error) override;
     void finish() override;
 
+    /// Leaves out what another upload has brought to the cloud since this one was made, word for word: it counts as
+    /// confirmed.
+    void leaveOutConfirmed(const RecentConfirmations& confirmations);
+    /// What it would send now.
+    void forEachUnsent(const std::function<void(const CKRecordID&)>& call) const;
+
     /// Answers who asked at once, with an error; whatever comes later is nobody's.
     void cancel(const std::string& why);
     [[nodiscard]] bool isCancelled() const noexcept { return isCancelled_; }
@@ -38,11 +47,18 @@ public:
     /// Whether one of `ids` is in it.
     [[nodiscard]] bool holdsAnyOf(const std::vector<std::string>& ids) const;
     [[nodiscard]] bool holdsAllOf(const UploadJob& other) const;
-    /// What the cloud has confirmed.
+    /// What the cloud has confirmed to it.
     [[nodiscard]] const std::vector<CKRecord>& saved() const noexcept { return saved_; }
     [[nodiscard]] const std::vector<CKRecordID>& deleted() const noexcept { return deleted_; }
+    /// The same as it was sent: the cloud may say it in other words.
+    [[nodiscard]] const std::vector<CKRecord>& savedAsSent() const noexcept { return savedAsSent_; }
+    /// The names of what was confirmed to others.
+    [[nodiscard]] std::vector<std::string> leftOut() const;
     /// What ended it before everything was sent.
     [[nodiscard]] const std::optional<Error>& failure() const noexcept { return failure_; }
+
+    /// Of how many confirmed uploads the engine had heard when it was made.
+    std::uint64_t heardBefore = 0;
 
 private:
     /// What one request holds.
@@ -53,6 +69,7 @@ private:
         [[nodiscard]] std::size_t size() const;
     };
 
+    void takeSaved(const std::vector<CKRecord>& saved);
     void plan();
     void planAsItIs();
     /// Makes two requests of the first one, or leaves its only item out.
@@ -68,6 +85,9 @@ private:
     std::deque<Request> requests_;
     std::vector<CKRecord> saved_;
     std::vector<CKRecordID> deleted_;
+    std::vector<CKRecord> savedAsSent_;
+    std::vector<CKRecord> savedBefore_;
+    std::vector<CKRecordID> deletedBefore_;
     std::optional<Error> failure_;
     bool isCancelled_ = false;
 };

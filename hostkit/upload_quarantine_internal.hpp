@@ -14,9 +14,10 @@ namespace quendokit {
 /// the process. One thread.
 class UploadQuarantine {
 public:
+    [[nodiscard]] bool isEmpty() const noexcept { return refused_.empty(); }
     [[nodiscard]] bool holds(const CKRecord& record) const;
     void add(const CKRecord& record);
-    /// The cloud has taken something of that name.
+    /// The cloud has taken something of that name, or has something newer.
     void forget(const std::string& recordName);
 
 private:

@@ -89,6 +89,15 @@ private:
     std::vector<ValueRow> rows_;
 };
 
+/// The one primary key that a row must have; null when the condition says something else.
+const std::string* keyIn(const Predicate& predicate, const std::vector<Value>& arguments, std::size_t primaryKey) {
+    const Predicate::Node& root = predicate.root();
+    const bool isOfKey = root.kind == Predicate::Kind::comparison && root.comparison.property == primaryKey &&
+                         root.comparison.comparison == ComparisonOperator::equal;
+    const auto* argument = isOfKey ? std::get_if<Predicate::Argument>(&root.comparison.operand) : nullptr;
+    return argument != nullptr ? std::get_if<std::string>(&arguments[argument->index]) : nullptr;
+}
+
 }  // namespace
 
 InMemoryRealm::InMemoryRealm(Configuration configuration) : configuration_(std::move(configuration)) {
@@ -147,13 +156,13 @@ std::optional<Error> InMemoryRealm::write(const std::function<void()>& changes) 
     if (failing && !writeFailure_) {
         writeFailure_ = plannedFailure_->error;
     }
-    auto before = std::exchange(beforeWrite_, std::nullopt);
     auto failure = std::exchange(writeFailure_, std::nullopt);
-    if (failure && before) {
-        tables_ = *std::move(before);
-    } else if (before) {
-        ++commitCount_;
+    if (failure) {
+        putBack();
     }
+    commitCount_ += hasChanged_ && !failure ? 1 : 0;
+    hasChanged_ = false;
+    before_.clear();
     return failure;
 }
 
@@ -167,8 +176,11 @@ void InMemoryRealm::deleteAll() {
     if (!mayChange()) {
         return;
     }
-    keepState();
+    hasChanged_ = true;
     for (auto& [name, table] : tables_) {
+        for (auto& [key, row] : table) {
+            before_.push_back({&table, key, std::move(row)});
+        }
         table.clear();
     }
 }
@@ -199,7 +211,7 @@ void InMemoryRealm::addRow(const ObjectSchema& schema, const std::function<void(
         fail(RealmErrorCode::invalidValue, schema.className + " \"" + key + "\" is stored already");
         return;
     }
-    keepState();
+    keep(table, key);
     table.insert_or_assign(std::move(key), std::move(row));
 }
 
@@ -214,7 +226,7 @@ void InMemoryRealm::setValues(const ObjectSchema& schema, std::string_view prima
     if (!mayChange() || !isStorable(schema, changed) || found == table.end()) {
         return;
     }
-    keepState();
+    keep(table, found->first);
     found->second = std::move(changed);
 }
 
@@ -222,7 +234,7 @@ void InMemoryRealm::deleteRow(const ObjectSchema& schema, std::string_view prima
     Table& table = tableOf(schema);
     const auto found = table.find(primaryKey);
     if (mayChange() && found != table.end()) {
-        keepState();
+        keep(table, found->first);
         table.erase(found);
     }
 }
@@ -245,8 +257,17 @@ std::vector<const ValueRow*> InMemoryRealm::find(const Query& query) const {
         predicates.push_back(Predicate::parse(filter.format, *query.schema));
         predicates.back().checkArguments(filter.arguments);
     }
+    const Table& table = tableOf(*query.schema);
+    auto next = table.begin();
+    auto end = table.end();
+    for (std::size_t i = 0; i < predicates.size(); ++i) {
+        if (const auto* key = keyIn(predicates[i], query.filters[i].arguments, query.schema->primaryKeyIndex())) {
+            std::tie(next, end) = table.equal_range(*key);
+        }
+    }
     std::vector<const ValueRow*> rows;
-    for (const auto& [key, row] : tableOf(*query.schema)) {
+    for (; next != end; ++next) {
+        const ValueRow& row = next->second;
         bool matches = true;
         for (std::size_t i = 0; i < predicates.size() && matches; ++i) {
             matches = predicates[i].matches(row, query.filters[i].arguments);
@@ -279,9 +300,19 @@ bool InMemoryRealm::mayChange() const {
     return !writeFailure_;
 }
 
-void InMemoryRealm::keepState() {
-    if (!beforeWrite_) {
-        beforeWrite_ = tables_;
+void InMemoryRealm::keep(Table& table, const std::string& key) {
+    hasChanged_ = true;
+    const auto found = table.find(key);
+    before_.push_back({&table, key, found == table.end() ? std::nullopt : std::optional(found->second)});
+}
+
+void InMemoryRealm::putBack() {
+    for (auto before = before_.rbegin(); before != before_.rend(); ++before) {
+        if (before->row) {
+            before->table->insert_or_assign(before->key, *std::move(before->row));
+        } else {
+            before->table->erase(before->key);
+        }
     }
 }
 

@@ -46,6 +46,12 @@ public:
 private:
     using Table = std::map<std::string, ValueRow, std::less<>>;
     using Tables = std::map<std::string, Table, std::less<>>;
+    /// A row before it was changed; absent when there was none.
+    struct Before {
+        Table* table;
+        std::string key;
+        std::optional<ValueRow> row;
+    };
     struct PlannedFailure {
         std::size_t count;
         FailAt at;
@@ -59,15 +65,18 @@ private:
     [[nodiscard]] std::vector<const ValueRow*> find(const Query& query) const;
     /// Whether the transaction goes on. Fatal outside one.
     [[nodiscard]] bool mayChange() const;
-    /// Keeps the state before the first change of a transaction.
-    void keepState();
+    /// Before a change of what is under `key`.
+    void keep(Table& table, const std::string& key);
+    void putBack();
     /// Fails the transaction if `row` holds a date that is not finite.
     [[nodiscard]] bool isStorable(const ObjectSchema& schema, const ValueRow& row);
     void fail(RealmErrorCode code, std::string description);
 
     const Configuration configuration_;
     Tables tables_;
-    std::optional<Tables> beforeWrite_;
+    /// What a write that fails puts back, the latest last.
+    std::vector<Before> before_;
+    bool hasChanged_ = false;
     std::optional<Error> writeFailure_;
     std::optional<PlannedFailure> plannedFailure_;
     bool writing_ = false;

@@ -232,5 +232,24 @@ TEST_F(GuardPerform, WithoutThatProtectionAChangeIsMadeAtOnceAndTheUploadGoesOn)
     EXPECT_EQ(taken(), (Lines{"upload a delete", "change a", "answer to 1: a", "change a"}));
 }
 
+TEST_F(GuardPerform, ManyFailedWritesInOneTurnAreToldOnceAndLater) {
+    guard();
+    CloudGuardEvents events;
+    events.writeFailed = [this] { trace->add("a write failed"); };
+    database->setEvents(events);
+    database->writeFailed();
+    database->writeFailed();
+    EXPECT_EQ(taken(), Lines{});
+    mainQueue->runAll();
+    EXPECT_EQ(taken(), Lines{"a write failed"});
+    database->writeFailed();
+    mainQueue->runAll();
+    EXPECT_EQ(taken(), Lines{"a write failed"});
+    database->setTokenGate(nullptr);
+    database->writeFailed();
+    mainQueue->runAll();
+    EXPECT_EQ(taken(), Lines{});
+}
+
 }  // namespace
 }  // namespace quendokit::testing

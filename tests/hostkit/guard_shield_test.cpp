@@ -120,6 +120,90 @@ TEST_F(GuardShield, AChangeFromElsewhereOfWhatIsUnsentHereIsDropped) {
     EXPECT_EQ(gate->durableToken(), token("T1"));
 }
 
+/// One whose change the server does not take.
+class GuardShieldRefused : public GuardShield {
+protected:
+    void refuse(const CloudGuardOptions& options = {}) {
+        guardManager(options);
+        CloudGuardEvents events;
+        events.reports = [this](const std::string& line) { trace->add(line); };
+        database->setEvents(events);
+        setUnsent({"a"});
+        add(manager->localSyncOp());
+        failUpload(failure(CKErrorCode::invalidArguments));
+        taken();
+    }
+    void setText(const std::string& text) { store->toUpload->front().title = text; }
+};
+
+TEST_F(GuardShieldRefused, GivesWayToAChangeFromElsewhere) {
+    refuse();
+    download();
+    answerDownload({{record("a", "a2", "elsewhere")}, token("T1")});
+    const Lines lines = taken();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "store a"), 1);
+    EXPECT_EQ(
+        lines.back(),
+        "The reminder \"a\", which cannot be sent to the cloud, was changed on another device: that version takes "
+        "its place");
+    // It is nothing special any more.
+    add(manager->localSyncOp());
+    EXPECT_EQ(taken(), Lines{"upload a delete"});
+}
+
+TEST_F(GuardShieldRefused, GivesWayToADeletionFromElsewhere) {
+    refuse();
+    download();
+    answerDownload({{idOf("a")}, token("T1")});
+    const Lines lines = taken();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "delete a"), 1);
+    EXPECT_EQ(
+        lines.back(),
+        "The reminder \"a\", which cannot be sent to the cloud, was deleted on another device: it is deleted here, "
+        "too");
+}
+
+TEST_F(GuardShieldRefused, DoesNotGiveWayOnceItSaysSomethingElse) {
+    CloudGuardOptions options;
+    options.uploadsFirst = false;
+    refuse(options);
+    setText("changed");
+    download();
+    answerDownload({{record("a", "a2", "elsewhere")}, token("T1")});
+    EXPECT_EQ(received(), Texts{});
+}
+
+TEST_F(GuardShieldRefused, DoesNotGiveWayToAReadFromTheBeginning) {
+    refuse();
+    defaults->remove(tokenKey);
+    download();
+    answerDownload({{record("a", "a1", "before")}, token("T1"), true});
+    EXPECT_EQ(received(), Texts{});
+    answerDownload({{record("a", "a1", "before")}, token("T2")});
+    EXPECT_EQ(received(), Texts{});
+    // That read is over: what comes now is new.
+    download();
+    answerDownload({{record("a", "a2", "elsewhere")}, token("T3")});
+    EXPECT_EQ(received(), Texts{"a"});
+}
+
+TEST_F(GuardShieldRefused, KeepsOutItsOwnEarlierVersion) {
+    guardManager();
+    setUnsent({"a"});
+    setText("before");
+    add(manager->localSyncOp());
+    confirmUpload("1");
+    setText("refused");
+    add(manager->localSyncOp());
+    failUpload(failure(CKErrorCode::invalidArguments));
+    download();
+    answerDownload({{record("a", "a1", "before")}, token("T1")});
+    EXPECT_EQ(received(), Texts{});
+    add(manager->localSyncOp());
+    EXPECT_EQ(received(), Texts{});
+    EXPECT_EQ(cloud->operationCount(), 0U);
+}
+
 TEST_F(GuardShield, WithoutTheShieldItComesThrough) {
     CloudGuardOptions options;
     options.uploadsFirst = false;

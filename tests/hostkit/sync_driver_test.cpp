@@ -159,6 +159,95 @@ TEST_F(Driver, AFailedUploadIsTriedAgainEverLater) {
     }
 }
 
+TEST_F(Driver, WhatCouldNotBeStoredIsDownloadedAgainEverLater) {
+    driveKnown();
+    driver->pushed();
+    mainQueue->runAll();
+    for (const auto wait : {30s, 60s, 120s}) {
+        SCOPED_TRACE(wait.count());
+        EXPECT_EQ(told(), Lines{"download from T0"});
+        answerDownloadWithoutMain({{record("a")}, token("T1")});
+        mainQueue->runNext();
+        database->writeFailed();
+        database->writeFailed();
+        mainQueue->runAll();
+        EXPECT_EQ(told(), Lines{"download ended"});
+        pass(wait - 1ms);
+        EXPECT_EQ(told(), Lines{});
+        pass(1ms);
+    }
+}
+
+TEST_F(Driver, AfterATimeWithoutAFailedWriteTheNextWaitIsAFirstOne) {
+    driveKnown();
+    database->writeFailed();
+    mainQueue->runAll();
+    pass(30s);
+    EXPECT_EQ(told(), Lines{"download from T0"});
+    answerDownload({{}, token("T0")});
+    // The first look round is the one in whose time it failed.
+    for (int i = 0; i < 2; ++i) {
+        pass(5min);
+        answerDownload({{}, token("T0")});
+    }
+    taken();
+    database->writeFailed();
+    mainQueue->runAll();
+    pass(30s - 1ms);
+    EXPECT_EQ(told(), Lines{});
+    pass(1ms);
+    EXPECT_EQ(told(), Lines{"download from T0"});
+}
+
+TEST_F(Driver, OneLookRoundIsNotTimeEnough) {
+    driveKnown();
+    database->writeFailed();
+    mainQueue->runAll();
+    pass(30s);
+    answerDownload({{}, token("T0")});
+    pass(270s);
+    answerDownload({{}, token("T0")});
+    database->writeFailed();
+    mainQueue->runAll();
+    taken();
+    pass(60s - 1ms);
+    EXPECT_EQ(told(), Lines{});
+    pass(1ms);
+    EXPECT_EQ(told(), Lines{"download from T0"});
+}
+
+TEST_F(Driver, FurtherFailedWritesDoNotPutADownloadOff) {
+    driveKnown();
+    for (int i = 0; i < 3; ++i) {
+        database->writeFailed();
+        mainQueue->runAll();
+        pass(10s);
+    }
+    EXPECT_EQ(told(), Lines{"download from T0"});
+}
+
+TEST_F(Driver, ADownloadThatEndedMeanwhileIsEnoughAfterAFailedWrite) {
+    driveKnown();
+    database->writeFailed();
+    driver->pushed();
+    mainQueue->runAll();
+    answerDownload({{}, token("T0")});
+    taken();
+    pass(60s);
+    EXPECT_EQ(told(), Lines{});
+}
+
+TEST_F(Driver, ADownloadThatFailedIsNotEnoughAfterAFailedWrite) {
+    driveKnown();
+    database->writeFailed();
+    driver->pushed();
+    mainQueue->runAll();
+    answerDownload({{}, std::nullopt, false, failure(CKErrorCode::quotaExceeded)});
+    taken();
+    pass(30s);
+    EXPECT_EQ(told(), Lines{"download from the beginning"});
+}
+
 TEST_F(Driver, ASuccessBeginsTheCountOfFailedUploadsAnew) {
     CloudGuardOptions options;
     options.uploadsFirst = false;
@@ -216,10 +305,21 @@ TEST_F(Driver, AnUploadThatEndedNeedsNoReminderOfIt) {
     const auto before = mainLoop->timerCount();
     driver->pushed();
     mainQueue->runAll();
-    answerDownload({{}, token("T1")});
+    answerDownload({{record("b")}, token("T1")});
     EXPECT_EQ(mainLoop->timerCount(), before + 1);
     add(uploadOf("1", {"a"}));
     confirmUpload();
+    EXPECT_EQ(mainLoop->timerCount(), before);
+}
+
+TEST_F(Driver, APageThatStoresNothingWakesNobodyUp) {
+    driveKnown();
+    const auto before = mainLoop->timerCount();
+    driver->pushed();
+    mainQueue->runAll();
+    answerDownload({{}, token("T1"), true});
+    answerDownload({{idOf("a")}, token("T2"), true});
+    answerDownload({{}, std::nullopt, false, failure(CKErrorCode::quotaExceeded)});
     EXPECT_EQ(mainLoop->timerCount(), before);
 }
 
@@ -300,8 +400,10 @@ TEST_F(Driver, ItsTimersEndWithIt) {
     failUpload(failure(CKErrorCode::quotaExceeded));
     driver->pushed();
     mainQueue->runAll();
-    answerDownload({{}, token("T2")});
-    EXPECT_EQ(mainLoop->timerCount(), 3U);
+    answerDownload({{record("b")}, token("T2")});
+    database->writeFailed();
+    mainQueue->runAll();
+    EXPECT_EQ(mainLoop->timerCount(), 4U);
     const std::weak_ptr<SyncDriver> weak = driver;
     driver.reset();
     EXPECT_TRUE(weak.expired());

@@ -3,10 +3,13 @@
 /// `EventLog`, all that happened in a simulation, line by line.
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "quendokit/platform/line_sink.hpp"
 
 namespace quendokit::simulation {
 
@@ -44,6 +47,17 @@ private:
     std::string device_ = "world";
     std::uint64_t hash_ = 0xcbf29ce484222325U;
     std::vector<std::string> lines_;
+};
+
+/// Adds lines to the log, with a word before them.
+class LoggingSink final : public LineSink {
+public:
+    LoggingSink(std::shared_ptr<EventLog> log, std::string prefix) : log_(std::move(log)), prefix_(std::move(prefix)) {}
+    void writeLine(std::string_view line) override { log_->add(prefix_ + std::string(line)); }
+
+private:
+    const std::shared_ptr<EventLog> log_;
+    const std::string prefix_;
 };
 
 }  // namespace quendokit::simulation

@@ -14,18 +14,28 @@ namespace quendokit::simulation {
 /// Stands before another database. One thread.
 class FailingRealm final : public Realm {
 public:
-    /// `fails` is asked at each write; `onFailure` is told inside each one that failed, before it returns.
+    /// `fails` is asked at each write; `onFailure` is told inside each one that failed, before it returns, `onSuccess`
+    /// inside each other. Once `hasEnded`, nothing is written.
     FailingRealm(std::shared_ptr<testing::InMemoryRealm> realm, std::function<bool()> fails,
-                 std::function<void()> onFailure)
-        : realm_(std::move(realm)), fails_(std::move(fails)), onFailure_(std::move(onFailure)) {}
+                 std::function<void()> onFailure, std::function<bool()> hasEnded, std::function<void()> onSuccess)
+        : realm_(std::move(realm)),
+          fails_(std::move(fails)),
+          onFailure_(std::move(onFailure)),
+          hasEnded_(std::move(hasEnded)),
+          onSuccess_(std::move(onSuccess)) {}
 
     [[nodiscard]] std::optional<Error> write(const std::function<void()>& changes) override {
+        if (hasEnded_()) {
+            return Error{"Realm", 1, "The process has ended."};
+        }
         if (fails_()) {
             realm_->failWrites(1, testing::FailAt::commit, {"Realm", 1, "The disk is full."});
         }
         auto failure = realm_->write(changes);
         if (failure) {
             onFailure_();
+        } else {
+            onSuccess_();
         }
         return failure;
     }
@@ -49,6 +59,8 @@ private:
     const std::shared_ptr<testing::InMemoryRealm> realm_;
     const std::function<bool()> fails_;
     const std::function<void()> onFailure_;
+    const std::function<bool()> hasEnded_;
+    const std::function<void()> onSuccess_;
 };
 
 }  // namespace quendokit::simulation

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "hostkit/cloud_move.hpp"
 #include "quendokit/platform/ck_error.hpp"
 #include "quendokit/sync/reminder_record.hpp"
 #include "tests/simulation/simulated_device.hpp"
@@ -34,6 +35,7 @@ protected:
         settings.name = name;
         settings.faults = std::move(faults);
         if (name == "A") {
+            settings.uploadWays = [this] { return std::exchange(nextWay, WanderingUploads::Way()); };
             settings.failsWrite = [this] { return std::exchange(writeFails, false); };
         }
         if (GetParam()) {
@@ -108,6 +110,7 @@ protected:
     std::optional<Error> fault;
     std::size_t faultCount = 0;
     bool writeFails = false;
+    WanderingUploads::Way nextWay;
     std::unique_ptr<SimulatedDevice> a;
     std::unique_ptr<SimulatedDevice> b;
 };
@@ -266,6 +269,28 @@ TEST_P(TwoDevices, UploadsThatOverlapLandInTheirOrder) {
     EXPECT_TRUE(isAt(*b, id, earlier));
 }
 
+TEST_P(TwoDevices, AnUploadThatTakesLongerThanTheOneAfterIt) {
+    startBoth();
+    const std::string id = store(*a);
+    nextWay.time = 5s;
+    pass(2s);
+    postpone(*a, id);
+    pass(10s);
+    EXPECT_EQ(isAt(*b, id, later), isProtected());
+    EXPECT_EQ(surroundings.findings->count.contains(Hazard::uploadOvertaken), !isProtected());
+}
+
+TEST_P(TwoDevices, AnUploadThatArrivesTwice) {
+    startBoth();
+    const std::string id = store(*a);
+    nextWay.repeatsAfter = 5s;
+    pass(2s);
+    postpone(*a, id);
+    pass(10s);
+    EXPECT_EQ(isAt(*b, id, later), isProtected());
+    EXPECT_EQ(surroundings.findings->count.contains(Hazard::uploadOvertaken), !isProtected());
+}
+
 TEST_P(TwoDevices, AnUploadThatTheServerTakesOnlyInParts) {
     startBoth();
     surroundings.cloud->setRequestLimit(2);  // what a server does that takes less than ours
@@ -288,6 +313,17 @@ TEST_P(TwoDevices, AWriteThatFailsWhileAPageIsStored) {
     EXPECT_EQ(isAt(*a, id, earlier), isProtected());
 }
 
+TEST_P(TwoDevices, AWriteThatFailsIsMadeUpForSoon) {
+    startBoth();
+    writeFails = true;
+    const std::string id = store(*b);
+    pass(3s);
+    EXPECT_FALSE(writeFails);
+    EXPECT_FALSE(a->reminder(id));
+    pass(30s);
+    EXPECT_EQ(isAt(*a, id, earlier), isProtected());
+}
+
 TEST_P(TwoDevices, AWriteThatFailsInAPageBeforeTheLast) {
     startBoth();
     surroundings.cloud->setPageSize(1);
@@ -305,6 +341,30 @@ TEST_P(TwoDevices, AWriteThatFailsInAPageBeforeTheLast) {
     download(*a);
     pass(3s);
     EXPECT_EQ(a->stored().size() == ids.size(), isProtected());
+}
+
+TEST_P(TwoDevices, AZoneThatWasRemovedFromTheCloud) {
+    startBoth();
+    const std::string ofA = store(*a);
+    const std::string ofB = store(*b);
+    pass(3s);
+    surroundings.cloud->removeZone({SimulatedDevice::zoneName});
+    a->crash();
+    b->crash();
+    a->start();
+    a->settle();
+    if (isProtected()) {
+        a->act([](ReminderController& controller, ReminderSyncManager&) {
+            resendEverything(controller.shared_from_this(), nullptr, {});
+        });
+    }
+    pass(3s);
+    b->start();
+    b->settle();
+    postpone(*a, ofA);
+    pass(5s);
+    EXPECT_EQ(onServer() == 2, isProtected());
+    EXPECT_TRUE(isAt(*b, ofA, later));
 }
 
 INSTANTIATE_TEST_SUITE_P(Plain, TwoDevices, ::testing::Values(false));

@@ -27,14 +27,17 @@ enum class Hazard : std::uint8_t {
     deletionNotTold,
     /// A device's own older version came back and was put over a change that was not sent yet.
     ownEcho,
+    /// An older version of a reminder reached the server behind a newer one of the same device.
+    uploadOvertaken,
 };
 
-inline constexpr std::array<std::string_view, 6> hazardNames{"older version after an erased token",
+inline constexpr std::array<std::string_view, 7> hazardNames{"older version after an erased token",
                                                              "changed during its upload",
                                                              "deleted during its upload",
                                                              "token before its changes",
                                                              "deletion not told",
-                                                             "own echo"};
+                                                             "own echo",
+                                                             "upload overtaken"};
 
 /// What was seen of them.
 struct Findings {

@@ -77,7 +77,7 @@ void Person::change(SimulatedDevice& device, const std::string& id) {
     const double ahead = random_.between(60, 3 * secondsOfDay);
     const std::string title = "Title " + std::to_string(++titles_);
     // It may have to wait for its turn; what is expected then is what was said.
-    device.change(id, [&expected, id, choice, ahead, title](ReminderController& controller) {
+    device.change(id, [&expected, &device, id, choice, ahead, title](ReminderController& controller) {
         const auto stored = controller.reminder(id);
         if (!stored) {
             // It got lost earlier: there is nothing to act on.
@@ -91,10 +91,7 @@ void Person::change(SimulatedDevice& device, const std::string& id) {
             controller.markSeen({*stored});
             expected.reminder = {id, before.title(), true, before.condition()};
         } else if (choice < 5) {
-            // Storing under an id does not count as a change, postponing does.
-            const ReminderStruct edited(id, title, stored->shown(), stored->condition());
-            controller.store(edited);
-            controller.postpone(edited, edited.condition());
+            device.edit(controller, ReminderStruct(id, title, stored->shown(), stored->condition()));
             expected.reminder = {id, title, before.shown(), before.condition()};
         } else {
             const auto condition =

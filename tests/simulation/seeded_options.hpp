@@ -18,6 +18,7 @@ namespace quendokit::simulation {
     options.lostRequests = all || random.chance(0.5);
     options.crashes = all || random.chance(0.5);
     options.expiredTokens = all || random.chance(0.5);
+    options.wanderingUploads = all || random.chance(0.5);
     return options;
 }
 

@@ -4,21 +4,24 @@
 #include <utility>
 
 #include "hostkit/guarded_container_provider.hpp"
+#include "hostkit/intent_journal.hpp"
 #include "hostkit/sync_driver.hpp"
 #include "hostkit/token_gate.hpp"
+#include "hostkit/two_step_changes.hpp"
 #include "quendokit/platform/fatal_error.hpp"
 #include "quendokit/platform/realm.hpp"
-#include "quendokit/platform/timer.hpp"
 #include "quendokit/store/quendokit_config.hpp"
 #include "quendokit/store/reminder_controller_internal.hpp"
 #include "quendokit/sync/reminder_sync.hpp"
 #include "testing/fixed_locale.hpp"
 #include "testing/in_memory_bundle.hpp"
+#include "testing/in_memory_user_defaults.hpp"
 #include "testing/manual_calendar.hpp"
-#include "testing/manual_run_loop.hpp"
 #include "testing/one_cloud_database.hpp"
 #include "testing/recording_notification_center.hpp"
 #include "tests/simulation/failing_realm.hpp"
+#include "tests/simulation/mortal_settings.hpp"
+#include "tests/simulation/process_loop.hpp"
 #include "tests/simulation/sync_watcher.hpp"
 
 namespace quendokit::simulation {
@@ -26,43 +29,6 @@ namespace {
 
 /// 2026-11-21 23:00:00 UTC.
 constexpr double beginning = 1'795'302'000;
-
-/// Adds lines to the log, with a word before them.
-class LoggingSink final : public LineSink {
-public:
-    LoggingSink(std::shared_ptr<EventLog> log, std::string prefix) : log_(std::move(log)), prefix_(std::move(prefix)) {}
-    void writeLine(std::string_view line) override { log_->add(prefix_ + std::string(line)); }
-
-private:
-    const std::shared_ptr<EventLog> log_;
-    const std::string prefix_;
-};
-
-/// The one loop of a process. At the end, timers that still wait let go of what they hold.
-class ProcessLoop final : public RunLoopProvider, public RunLoop {
-public:
-    explicit ProcessLoop(const std::shared_ptr<testing::ManualClock>& clock) : loop(clock) {}
-    ~ProcessLoop() override {
-        for (const auto& weak : timers_) {
-            if (const auto timer = weak.lock()) {
-                timer->invalidate();
-            }
-        }
-    }
-
-    [[nodiscard]] RunLoop& main() override { return *this; }
-    [[nodiscard]] RunLoop& current() override { return *this; }
-    void add(std::shared_ptr<Timer> timer, RunLoopMode mode) override {
-        std::erase_if(timers_, [](const auto& each) { return each.expired(); });
-        timers_.push_back(timer);
-        loop.add(std::move(timer), mode);
-    }
-
-    testing::ManualRunLoop loop;
-
-private:
-    std::vector<std::weak_ptr<Timer>> timers_;
-};
 
 /// Lets a watcher see what the engine asks of a database.
 class WatchedDatabases final : public CKContainerProvider {
@@ -108,6 +74,8 @@ public:
           loop(std::make_shared<ProcessLoop>(device.clock_)),
           network(std::make_shared<SimulatedQueue>(device.surroundings_.now, device.settings_.networkLatency)),
           database(testing::InMemoryCloudDatabase::create(device.surroundings_.cloud, network)),
+          uploads(std::make_shared<WanderingUploads>(database, device.surroundings_.now, device.settings_.uploadWays,
+                                                     device.surroundings_.findings)),
           services(std::move(durable)) {
         const CKRecordZoneID zoneID{zoneName};
         watcher = std::make_shared<SyncWatcher>(
@@ -153,7 +121,7 @@ public:
         services.notificationCenter = center;
         services.runLoopProvider = loop;
         services.mainQueue = mainQueue;
-        std::shared_ptr<CKContainerProvider> containers = std::make_shared<testing::OneCloudDatabase>(database);
+        std::shared_ptr<CKContainerProvider> containers = std::make_shared<testing::OneCloudDatabase>(uploads);
         const auto& protections = device.settings_.protections;
         if (protections) {
             guards = std::make_shared<GuardedContainerProvider>(containers, protections->guard);
@@ -170,6 +138,7 @@ public:
     const std::shared_ptr<ProcessLoop> loop;
     const std::shared_ptr<SimulatedQueue> network;
     const std::shared_ptr<testing::InMemoryCloudDatabase> database;
+    const std::shared_ptr<WanderingUploads> uploads;
     std::shared_ptr<SimulatedQueue> mainQueue;
     std::shared_ptr<SyncWatcher> watcher;
     platform::Services services;
@@ -179,6 +148,7 @@ public:
     std::shared_ptr<ReminderSyncManager> manager;
     std::shared_ptr<SyncDriver> driver;
     std::shared_ptr<ReminderController> controller;
+    std::unique_ptr<TwoStepChanges> twoSteps;
 };
 
 void SimulatedDevice::enter() const {
@@ -199,7 +169,9 @@ SimulatedDevice::SimulatedDevice(Settings settings, Surroundings surroundings)
     : settings_(std::move(settings)),
       surroundings_(std::move(surroundings)),
       random_(settings_.seed),
-      clock_(std::make_shared<testing::ManualClock>(Date(beginning))) {}
+      clock_(std::make_shared<testing::ManualClock>(Date(beginning))),
+      settingsOnDisk_(std::make_shared<MortalSettings>(
+          std::make_shared<testing::InMemoryUserDefaults>(), [this] { return hasEnded_; }, [this] { wrote(); })) {}
 
 SimulatedDevice::~SimulatedDevice() {
     if (isRunning()) {
@@ -215,7 +187,7 @@ platform::Services SimulatedDevice::durableServices() const {
     services.bundleProvider =
         std::make_shared<testing::InMemoryBundleProvider>(testing::InMemoryBundleProvider::Bundles{
             {"net.example.quendokit", std::make_shared<testing::InMemoryBundle>()}});
-    services.userDefaults = defaults_;
+    services.userDefaults = settingsOnDisk_;
     services.ubiquitousKeyValueStore = keyValues_;
     services.realmProvider = realms_;
     services.standardOutput = std::make_shared<LoggingSink>(surroundings_.log, "");
@@ -251,6 +223,25 @@ void SimulatedDevice::start() {
             process_->driver = SyncDriver::create(process_->manager, guard);
         }
     }
+    if (settings_.journal) {
+        process_->twoSteps =
+            std::make_unique<TwoStepChanges>(process_->controller, IntentJournal::open(*settings_.journal).value());
+        static_cast<void>(process_->twoSteps->finishLeftovers());
+    }
+}
+
+void SimulatedDevice::wrote() {
+    hasEnded_ = hasEnded_ || (settings_.endsAfterWrite && settings_.endsAfterWrite());
+}
+
+void SimulatedDevice::edit(ReminderController& controller, const ReminderStruct& reminder) {
+    if (process_->twoSteps) {
+        static_cast<void>(process_->twoSteps->edit(reminder));
+        return;
+    }
+    // Storing under an id does not count as a change, postponing does.
+    controller.store(reminder);
+    controller.postpone(reminder, reminder.condition());
 }
 
 std::shared_ptr<Realm> SimulatedDevice::openRealm() {
@@ -262,20 +253,24 @@ std::shared_ptr<Realm> SimulatedDevice::openRealm() {
             if (process_->guards && settings_.protections->tellsOfFailedWrites) {
                 process_->guards->database(container)->writeFailed();
             }
-        });
+        },
+        [this] { return hasEnded_; }, [this] { wrote(); });
 }
 
 void SimulatedDevice::crash() {
     enter();
     surroundings_.log->add("crash");
     process_->watcher->processEnds();
+    process_->uploads->clear();
     process_->network->clear();
     process_->mainQueue->clear();
     process_->driver.reset();
+    process_->twoSteps.reset();
     process_->controller.reset();
     process_->manager.reset();
     surroundings_.installation->leave();
     process_.reset();
+    hasEnded_ = false;
 }
 
 std::optional<Instant> SimulatedDevice::nextEvent() const {
@@ -294,6 +289,7 @@ std::optional<Instant> SimulatedDevice::nextEvent() const {
     }
     consider(process_->mainQueue->nextDue());
     consider(process_->network->nextDue());
+    consider(process_->uploads->nextDue());
     return next;
 }
 
@@ -303,7 +299,7 @@ void SimulatedDevice::runNextEvent() {
     const bool timerIsDue = untilTimer && process_->startedAt + loop.elapsed() + *untilTimer <= *surroundings_.now;
     // Fires timers that are due.
     enter();
-    if (timerIsDue) {
+    if (timerIsDue || process_->uploads->runDue()) {
         return;
     }
     const auto mainDue = process_->mainQueue->nextDue();
@@ -317,7 +313,7 @@ void SimulatedDevice::runNextEvent() {
 
 bool SimulatedDevice::runNetworkTask() {
     enter();
-    return process_->network->runNext();
+    return process_->uploads->runDue() || process_->network->runNext();
 }
 
 bool SimulatedDevice::runMainTask() {
@@ -388,7 +384,8 @@ std::vector<ReminderItem> SimulatedDevice::storedNow() const {
 }
 
 bool SimulatedDevice::isBusy() const {
-    return isRunning() && (process_->database->runningCount() > 0 || process_->mainQueue->nextDue().has_value());
+    return isRunning() && (process_->database->runningCount() > 0 || process_->uploads->nextDue().has_value() ||
+                           process_->mainQueue->nextDue().has_value());
 }
 
 }  // namespace quendokit::simulation

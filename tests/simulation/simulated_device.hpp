@@ -2,6 +2,7 @@
 /// \file
 /// `SimulatedDevice`, a device with the engine on it, which may crash and start again.
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -16,12 +17,12 @@
 #include "testing/in_memory_cloud_database.hpp"
 #include "testing/in_memory_realm.hpp"
 #include "testing/in_memory_ubiquitous_store.hpp"
-#include "testing/in_memory_user_defaults.hpp"
 #include "testing/manual_clock.hpp"
 #include "tests/simulation/event_log.hpp"
 #include "tests/simulation/hazard.hpp"
 #include "tests/simulation/random.hpp"
 #include "tests/simulation/simulated_queue.hpp"
+#include "tests/simulation/wandering_uploads.hpp"
 
 namespace quendokit::simulation {
 
@@ -77,9 +78,16 @@ public:
         SimulatedQueue::Latency mainLatency = {};
         /// What becomes of the next request; it succeeds when absent.
         testing::InMemoryCloudDatabase::Faults faults = {};
+        /// How the next upload comes to the server.
+        WanderingUploads::Ways uploadWays = {};
         /// Whether the next write of something that was queued on the main queue fails; none does when absent. What the
         /// person changes is written, or the person would know.
         std::function<bool()> failsWrite = {};
+        /// Asked after each write of the database and of the settings: whether the process ends there. What it does
+        /// until `crash` leaves no trace on its disk.
+        std::function<bool()> endsAfterWrite = {};
+        /// Where the host notes changes of two steps; absent: nowhere.
+        std::optional<std::filesystem::path> journal = {};
         std::uint64_t seed = 0;
         /// Absent: a plain host.
         std::optional<Protections> protections = {};
@@ -98,6 +106,8 @@ public:
     /// Ends it at once: what was queued is gone, what was written stays.
     void crash();
     [[nodiscard]] bool isRunning() const noexcept { return process_ != nullptr; }
+    /// Whether it has ended behind a write and is to be crashed.
+    [[nodiscard]] bool hasEnded() const noexcept { return hasEnded_; }
 
     /// When something happens here next of its own accord; absent when nothing will.
     [[nodiscard]] std::optional<Instant> nextEvent() const;
@@ -114,6 +124,8 @@ public:
     void act(const std::function<void(ReminderController&, ReminderSyncManager&)>& action);
     /// The same for a change of a stored reminder, which waits for its turn where there is a guard.
     void change(const std::string& id, const std::function<void(ReminderController&)>& change);
+    /// Gives the stored reminder of that id another title; inside a change.
+    void edit(ReminderController& controller, const ReminderStruct& reminder);
     /// The network is back.
     void resume();
     [[nodiscard]] std::optional<ReminderStruct> reminder(const std::string& id);
@@ -134,6 +146,7 @@ private:
     /// time.
     void enter() const;
     bool runMainTaskNow();
+    void wrote();
     [[nodiscard]] std::shared_ptr<Realm> openRealm();
     [[nodiscard]] platform::Services durableServices() const;
     [[nodiscard]] std::vector<ReminderItem> storedNow() const;
@@ -142,12 +155,13 @@ private:
     const Surroundings surroundings_;
     Random random_;
     const std::shared_ptr<testing::ManualClock> clock_;
-    const std::shared_ptr<testing::InMemoryUserDefaults> defaults_ = std::make_shared<testing::InMemoryUserDefaults>();
+    const std::shared_ptr<UserDefaults> settingsOnDisk_;
     const std::shared_ptr<testing::InMemoryUbiquitousStore> keyValues_ =
         std::make_shared<testing::InMemoryUbiquitousStore>();
     const std::shared_ptr<testing::InMemoryRealmProvider> realms_ = std::make_shared<testing::InMemoryRealmProvider>();
     std::string lastScheduledID_;
     bool writesMayFail_ = false;
+    bool hasEnded_ = false;
     std::unique_ptr<Process> process_;
 };
 

@@ -12,6 +12,7 @@
 #include "tests/simulation/person.hpp"
 #include "tests/simulation/random.hpp"
 #include "tests/simulation/simulated_device.hpp"
+#include "tests/support/temporary_folder.hpp"
 
 namespace quendokit::simulation {
 namespace {
@@ -32,6 +33,9 @@ public:
         : options_(options), random_(options.seed), person_(random_, options.devices, options.bursts) {
         surroundings_.log = std::make_shared<EventLog>(options.keepsLog);
         surroundings_.cloud->setReplaysDeletions(options.replaysDeletions);
+        if (options.journals) {
+            folder_.emplace();
+        }
         setLogFunc([log = surroundings_.log](const LogMessage& message) { log->add(message()); });
         for (std::size_t i = 0; i < options.devices; ++i) {
             states_.push_back({});
@@ -75,12 +79,28 @@ private:
         };
         settings.mainLatency = [this] { return seconds(random_.chance(0.05) ? random_.between(0, 0.2) : 0); };
         settings.faults = [this, index] { return fault(states_[index]); };
+        settings.uploadWays = [this] { return wayOfUpload(); };
         settings.failsWrite = [this] { return faultsAreOn_ && options_.failingWrites && random_.chance(0.05); };
+        settings.endsAfterWrite = [this] { return personActs_ && ++writes_ == options_.crashAtWrite; };
+        if (folder_) {
+            settings.journal = folder_->path() / settings.name;
+        }
         settings.protections = options_.protections;
         if (settings.protections) {
             settings.protections->guard.jitter = [this] { return random_.fraction(); };
         }
         return std::make_unique<SimulatedDevice>(std::move(settings), surroundings_);
+    }
+
+    WanderingUploads::Way wayOfUpload() {
+        WanderingUploads::Way way;
+        if (faultsAreOn_ && options_.wanderingUploads) {
+            way.time = seconds(random_.chance(0.3) ? random_.between(0.2, 5) : 0);
+            if (random_.chance(0.1)) {
+                way.repeatsAfter = seconds(random_.between(0.05, 4));
+            }
+        }
+        return way;
     }
 
     std::optional<testing::RequestFault> fault(const State& state) {
@@ -96,6 +116,7 @@ private:
 
     /// Lets everything happen, in its order, until `end`.
     void runUntil(Instant end, bool personActs) {
+        personActs_ = personActs;
         while (true) {
             std::optional<std::pair<Instant, std::size_t>> next;
             const auto consider = [&](std::optional<Instant> instant, std::size_t index) {
@@ -113,6 +134,9 @@ private:
             *surroundings_.now = std::max(*surroundings_.now, next->first);
             ++events_;
             happen(next->second, personActs);
+            if (devices_[next->second]->hasEnded()) {
+                crash(next->second, 2);
+            }
         }
         *surroundings_.now = end;
     }
@@ -143,9 +167,11 @@ private:
         }
         const bool crashes = options_.crashes && random_.chance(device.isBusy() ? 0.002 : 0.0001);
         if (personActs && (crashes || events_ == options_.crashAtEvent)) {
-            device.crash();
-            ++crashes_;
-            state.restartsAt = now + seconds(random_.between(1, 600));
+            crash(index, options_.crashAgainAt > 0 ? 2 : random_.between(1, 600));
+            return;
+        }
+        if (crashed_ == index && ++eventsSinceCrash_ == options_.crashAgainAt) {
+            crash(index, 2);
             return;
         }
         if (personActs && state.nextAction <= now) {
@@ -162,6 +188,13 @@ private:
         }
     }
 
+    void crash(std::size_t index, double secondsUntilStart) {
+        devices_[index]->crash();
+        ++crashes_;
+        crashed_ = index;
+        states_[index].restartsAt = *surroundings_.now + seconds(secondsUntilStart);
+    }
+
     /// No more faults, and everybody gets every chance to send and to read what there is.
     void comeToRest() {
         faultsAreOn_ = false;
@@ -173,7 +206,7 @@ private:
         }
         if (options_.protections && options_.protections->syncDriver) {
             // The hosts have to see to it themselves.
-            wait(700);
+            wait(options_.restsFor);
             return;
         }
         wait(30);
@@ -223,6 +256,7 @@ private:
         result.hash = surroundings_.log->hash();
         result.events = events_;
         result.crashes = crashes_;
+        result.writes = writes_;
         result.deviceDays = options_.days * static_cast<double>(options_.devices);
         result.findings = *surroundings_.findings;
         result.log = surroundings_.log->take();
@@ -257,6 +291,7 @@ private:
     }
 
     const SimulationOptions options_;
+    std::optional<testing::TemporaryFolder> folder_;
     Random random_;
     Person person_;
     Surroundings surroundings_;
@@ -266,6 +301,11 @@ private:
     bool faultsAreOn_ = true;
     std::size_t events_ = 0;
     std::size_t crashes_ = 0;
+    std::size_t writes_ = 0;
+    bool personActs_ = false;
+    /// Which one crashed last, and what it has been through since.
+    std::optional<std::size_t> crashed_;
+    std::size_t eventsSinceCrash_ = 0;
 };
 
 }  // namespace
@@ -282,9 +322,12 @@ std::string describe(const SimulationOptions& options) {
     text += options.crashes ? ", crashes" : "";
     text += options.expiredTokens ? ", expired tokens" : "";
     text += options.failingWrites ? ", failing writes" : "";
+    text += options.wanderingUploads ? ", wandering uploads" : "";
     text += options.protections ? ", protected" : "";
     text += options.bursts ? "" : ", no bursts";
     text += options.crashAtEvent > 0 ? ", crash at event " + std::to_string(options.crashAtEvent) : "";
+    text += options.crashAtWrite > 0 ? ", crash at write " + std::to_string(options.crashAtWrite) : "";
+    text += options.crashAgainAt > 0 ? ", again at event " + std::to_string(options.crashAgainAt) + " after it" : "";
     text += options.replaysDeletions ? ", replayed deletions" : "";
     return text;
 }

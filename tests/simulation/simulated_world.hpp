@@ -29,8 +29,19 @@ struct SimulationOptions {
     bool crashes = false;
     bool expiredTokens = false;
     bool failingWrites = false;
+    /// Uploads overtake each other on their way, and some arrive twice.
+    bool wanderingUploads = false;
     /// The device whose event it would be crashes instead of the event of that number; 0: none does.
     std::size_t crashAtEvent = 0;
+    /// The process that does the write of that number ends right behind it, inside whatever it is doing; 0: none does.
+    std::size_t crashAtWrite = 0;
+    /// A process that crashed at an event or a write starts again after two seconds and crashes once more at its event
+    /// of that number; 0: it does not.
+    std::size_t crashAgainAt = 0;
+    /// Whether the hosts note changes of two steps in a journal, in files.
+    bool journals = false;
+    /// How long they are left alone at the end, in seconds: until they have looked round, which is every five minutes.
+    double restsFor = 700;
     /// Whether the server tells of deletions from the beginning.
     bool replaysDeletions = false;
     /// What hosts put around the engine; absent: nothing.
@@ -44,6 +55,8 @@ struct SimulationResult {
     std::uint64_t hash = 0;
     std::size_t events = 0;
     std::size_t crashes = 0;
+    /// How many writes there were before the rest.
+    std::size_t writes = 0;
     double deviceDays = 0;
     std::size_t reminders = 0;
     /// Reminders that are missing somewhere, or that say something other than the person said last.

@@ -13,6 +13,7 @@ SimulationOptions withAllFaults(std::uint64_t seed) {
     options.lostRequests = true;
     options.crashes = true;
     options.expiredTokens = true;
+    options.wanderingUploads = true;
     return options;
 }
 
@@ -173,8 +174,65 @@ TEST(Simulation, ProtectedDevicesLoseNothingByACrashAtAnyEvent) {
     SimulationOptions options;
     options.replaysDeletions = true;
     options.protections.emplace();
+    options.restsFor = 330;
     const SimulationResult total = crashAtEveryEvent(options);
     EXPECT_GT(total.crashes, 50U);
+    EXPECT_EQ(total.wrong + total.ghosts, 0U) << describe(total);
+}
+
+/// A world in which a crash between two writes, or during what follows a crash, can be tried everywhere.
+SimulationOptions smallProtectedWorld() {
+    SimulationOptions options;
+    options.seed = 11;
+    options.devices = 2;
+    options.days = 0.0005;
+    options.actionsPerDay = 12'000;
+    options.replaysDeletions = true;
+    options.protections.emplace();
+    options.journals = true;
+    options.restsFor = 330;
+    return options;
+}
+
+/// One crash behind every write, one after the other.
+SimulationResult crashBehindEveryWrite(SimulationOptions options) {
+    const std::size_t writes = simulate(options).writes;
+    SimulationResult total;
+    for (options.crashAtWrite = 1; options.crashAtWrite <= writes; ++options.crashAtWrite) {
+        add(total, simulate(options));
+    }
+    EXPECT_EQ(total.crashes, writes);
+    EXPECT_EQ(total.pending, 0U);
+    return total;
+}
+
+TEST(Simulation, ProtectedDevicesLoseNothingByACrashBehindAnyWrite) {
+    const SimulationResult total = crashBehindEveryWrite(smallProtectedWorld());
+    EXPECT_GT(total.crashes, 20U);
+    EXPECT_EQ(total.wrong + total.ghosts, 0U) << describe(total);
+}
+
+TEST(Simulation, ACrashBetweenTheTwoWritesOfAnEditLosesItWithoutAJournal) {
+    SimulationOptions options = smallProtectedWorld();
+    options.journals = false;
+    const SimulationResult total = crashBehindEveryWrite(options);
+    EXPECT_GT(total.wrong, 0U) << describe(total);
+}
+
+TEST(Simulation, ProtectedDevicesLoseNothingByASecondCrashWhileTheyRecover) {
+    SimulationOptions options = smallProtectedWorld();
+    options.days = 0.00025;
+    const std::size_t writes = simulate(options).writes;
+    EXPECT_GT(writes, 5U);
+    SimulationResult total;
+    for (options.crashAtWrite = 1; options.crashAtWrite <= writes; ++options.crashAtWrite) {
+        for (options.crashAgainAt = 1; options.crashAgainAt <= 12; ++options.crashAgainAt) {
+            const SimulationResult result = simulate(options);
+            expectSound(options, result);
+            EXPECT_EQ(result.crashes, 2U) << describe(options);
+            add(total, result);
+        }
+    }
     EXPECT_EQ(total.wrong + total.ghosts, 0U) << describe(total);
 }
 
