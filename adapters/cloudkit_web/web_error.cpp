@@ -36,6 +36,8 @@ constexpr std::array<Meaning, 17> meanings = {{
     {"ZONE_NOT_FOUND", CKErrorCode::zoneNotFound},
 }};
 
+constexpr std::string_view noHandler = "could not find handler for endpoint";
+
 bool says(const std::string& reason, std::string_view words) {
     return reason.find(words) != std::string::npos;
 }
@@ -44,7 +46,7 @@ CKErrorCode codeOf(const ServerFailure& failure, CKErrorCode otherwise) {
     if (failure.code == "TRY_AGAIN_LATER" && says(failure.reason, "Op-Lock")) {
         return CKErrorCode::zoneBusy;
     }
-    if (says(failure.reason, "could not find handler for endpoint")) {
+    if (says(failure.reason, noHandler)) {
         // Comes under load, too, and goes by itself.
         return CKErrorCode::serviceUnavailable;
     }
@@ -143,6 +145,10 @@ std::optional<ServerFailure> serverFailureIn(const Json& item) {
     }
     const auto* text = code->get_ptr<const std::string*>();
     return ServerFailure{text == nullptr ? "no code" : asPartOfALine(*text), reasonIn(item), retryAfterIn(item)};
+}
+
+bool isWithoutHandler(const Error& error) {
+    return isCKError(error, CKErrorCode::serviceUnavailable) && says(error.description, noHandler);
 }
 
 std::string lineOf(const ServerFailure& failure) {

@@ -32,6 +32,9 @@ struct ServerFailure {
 /// For an answer of a status other than 200, of the server or of somebody in between.
 [[nodiscard]] Error errorOfAnswer(int status, const std::string& body);
 
+/// Whether the service says that it has no such operation, for good or for a moment.
+[[nodiscard]] bool isWithoutHandler(const Error& error);
+
 /// For an answer whose form is not what it should be: "the answer has no list of zones".
 [[nodiscard]] Error oddAnswer(const std::string& what);
 
