@@ -424,6 +424,7 @@ TEST_F(WebDatabaseExchange, WhereTheNewerFeedIsNotThereTheOlderOneIsReadEachTime
         EXPECT_EQ(askedOperation(), "changes/zone");
         transport->answer(404, noHandler);
         EXPECT_FALSE(operation->isFinished());
+        ASSERT_EQ(transport->sent.size(), 1U);
         EXPECT_EQ(askedOperation(), "records/changes");
         EXPECT_EQ(question(),
                   Json::parse(R"({"zoneID":{"zoneName":"Errands"},"syncToken":"AQAAx","resultsLimit":200})"));

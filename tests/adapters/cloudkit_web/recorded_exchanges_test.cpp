@@ -271,7 +271,7 @@ TEST_F(WebRecordedExchanges, ACourierAsksAndHearsAsRecorded) {
         EXPECT_EQ(question(), exchange.request);
         transport->answer(exchange.status, exchange.answer.dump());
     }
-    EXPECT_EQ(transport->sent.front().request.url, exchanges[0].answer["webcourierURL"]);
+    EXPECT_EQ(transport->sent.front().request.url, exchanges[0].answer["webcourierURL"].get<std::string>());
     news = 0;
     transport->answer(exchanges[2].status, exchanges[2].answer.dump());
     EXPECT_EQ(news, 1);
