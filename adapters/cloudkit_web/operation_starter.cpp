@@ -10,6 +10,7 @@
 #include "adapters/cloudkit_web/operation_starter_internal.hpp"
 #include "adapters/cloudkit_web/record_exchange_internal.hpp"
 #include "adapters/cloudkit_web/subscription_exchange_internal.hpp"
+#include "adapters/cloudkit_web/web_error_internal.hpp"
 #include "adapters/cloudkit_web/zone_exchange_internal.hpp"
 #include "quendokit/platform/ck_error.hpp"
 
@@ -21,6 +22,7 @@ constexpr const char* modifyZones = "zones/modify";
 constexpr const char* modifySubscriptions = "subscriptions/modify";
 constexpr const char* modifyRecords = "records/modify";
 constexpr const char* readChanges = "changes/zone";
+constexpr const char* readChangesOfOneZone = "records/changes";
 
 template <typename Completion, typename... Arguments>
 void call(const Completion& completion, Arguments&&... arguments) {
@@ -61,13 +63,15 @@ OperationStarter::OperationStarter(std::shared_ptr<const CloudExchange> exchange
     : exchange_(std::move(exchange)), operation_(std::move(operation)), didFinish_(std::move(didFinish)) {}
 
 void OperationStarter::ask(const char* name, const Json& question, CloudExchange::Completion deliver) {
-    exchange_->ask(
-        name, question,
-        [keep = operation_, deliver = std::move(deliver), didFinish = didFinish_](const Result<Json>& answer) {
-            deliver(answer);
-            keep->finish();
-            didFinish();
-        });
+    exchange_->ask(name, question, finishing(std::move(deliver)));
+}
+
+CloudExchange::Completion OperationStarter::finishing(CloudExchange::Completion deliver) const {
+    return [keep = operation_, deliver = std::move(deliver), didFinish = didFinish_](const Result<Json>& answer) {
+        deliver(answer);
+        keep->finish();
+        didFinish();
+    };
 }
 
 void OperationStarter::answerHere(const std::function<void()>& deliver) {
@@ -159,7 +163,7 @@ void OperationStarter::visit(CKFetchRecordChangesOperation& operation) {
         answerHere([&] { fail(question.error()); });
         return;
     }
-    ask(readChanges, question.value(), [exchange = exchange_, fail, &operation](const Result<Json>& answer) {
+    const auto deliver = finishing([exchange = exchange_, fail, &operation](const Result<Json>& answer) {
         const auto page = changesPage(operation.recordZoneID, operation.previousServerChangeToken, answer);
         if (!page) {
             fail(page.error());
@@ -170,6 +174,18 @@ void OperationStarter::visit(CKFetchRecordChangesOperation& operation) {
         operation.moreComing = page.value().moreComing;
         call(operation.fetchRecordChangesCompletion, page.value().token, std::nullopt, std::nullopt);
     });
+    // A service may have the older feed alone, or be without the newer one for a moment. Tokens serve both.
+    exchange_->ask(
+        readChanges, question.value(),
+        [exchange = exchange_, older = changesOfOneZoneToRead(question.value()), deliver](const Result<Json>& answer) {
+            if (answer || !isWithoutHandler(answer.error())) {
+                deliver(answer);
+                return;
+            }
+            exchange->ask(readChangesOfOneZone, older, [deliver](const Result<Json>& olderAnswer) {
+                deliver(olderAnswer ? Result<Json>(asOneOfManyZones(olderAnswer.value())) : olderAnswer);
+            });
+        });
 }
 
 }  // namespace quendokit::web

@@ -26,8 +26,10 @@ public:
     void visit(CKFetchRecordChangesOperation& operation) override;
 
 private:
-    /// Asks; `deliver` gives the answer to the operation, which is finished then.
+    /// Asks, and gives the answer to the operation.
     void ask(const char* name, const Json& question, CloudExchange::Completion deliver);
+    /// Gives an answer to the operation, which is finished then.
+    [[nodiscard]] CloudExchange::Completion finishing(CloudExchange::Completion deliver) const;
     /// Gives an answer that needs no question.
     void answerHere(const std::function<void()>& deliver);
 

@@ -74,6 +74,17 @@ Result<Json> changesToRead(const CKRecordZoneID& zoneID, const std::optional<CKS
     return json;
 }
 
+Json changesOfOneZoneToRead(const Json& question) {
+    return question["zones"][0];
+}
+
+Json asOneOfManyZones(const Json& answer) {
+    Json json = Json::object();
+    json["zones"] = Json::array();
+    json["zones"].push_back(answer);
+    return json;
+}
+
 Result<ChangesPage> changesPage(const CKRecordZoneID& zoneID, const std::optional<CKServerChangeToken>& since,
                                 const Result<Json>& answer) {
     const bool withToken = since && !since->data().empty();

@@ -45,6 +45,11 @@ struct ModifiedRecords {
 /// `changes/zone`. An error for a token that no server takes.
 [[nodiscard]] Result<Json> changesToRead(const CKRecordZoneID& zoneID, const std::optional<CKServerChangeToken>& since);
 
+/// `records/changes`, the older feed, for the one zone of a question for `changes/zone`.
+[[nodiscard]] Json changesOfOneZoneToRead(const Json& question);
+/// Its answer in the form of the other's.
+[[nodiscard]] Json asOneOfManyZones(const Json& answer);
+
 /// One page of changes, in the order in which they are to be told.
 struct ChangesPage {
     std::vector<std::variant<CKRecord, CKRecordID>> changes;

@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "adapters/cloudkit_web/url_internal.hpp"
 #include "adapters/cloudkit_web/web_error_internal.hpp"
 
 namespace quendokit::web {
@@ -36,6 +37,8 @@ constexpr std::array<Meaning, 17> meanings = {{
     {"ZONE_NOT_FOUND", CKErrorCode::zoneNotFound},
 }};
 
+constexpr std::string_view noHandler = "could not find handler for endpoint";
+
 bool says(const std::string& reason, std::string_view words) {
     return reason.find(words) != std::string::npos;
 }
@@ -44,7 +47,7 @@ CKErrorCode codeOf(const ServerFailure& failure, CKErrorCode otherwise) {
     if (failure.code == "TRY_AGAIN_LATER" && says(failure.reason, "Op-Lock")) {
         return CKErrorCode::zoneBusy;
     }
-    if (says(failure.reason, "could not find handler for endpoint")) {
+    if (says(failure.reason, noHandler)) {
         // Comes under load, too, and goes by itself.
         return CKErrorCode::serviceUnavailable;
     }
@@ -81,10 +84,16 @@ CKErrorCode codeOfStatus(int status) {
     return passes ? CKErrorCode::serviceUnavailable : CKErrorCode::internalError;
 }
 
-std::string adviceFor(CKErrorCode code) {
+/// `signInURL` may be empty.
+std::string adviceFor(CKErrorCode code, const std::string& signInURL) {
     switch (code) {
-        case CKErrorCode::notAuthenticated:
-            return "; sign in again and connect with the new token";
+        case CKErrorCode::notAuthenticated: {
+            // What stands behind the path is not for the eyes of others.
+            constexpr std::size_t longest = 200;
+            const std::string place = signInURL.substr(0, signInURL.find_first_of("?#"));
+            const bool isSaid = !place.empty() && place.size() <= longest;
+            return "; sign in again " + (isSaid ? "at " + place + " " : "") + "and connect with the new token";
+        }
         case CKErrorCode::permissionFailure:
             return "; allow access to cloud data on the web for this account";
         case CKErrorCode::quotaExceeded:
@@ -127,9 +136,20 @@ std::string reasonIn(const Json& item) {
     return reason == nullptr ? std::string() : asPartOfALine(*reason);
 }
 
+std::string signInURLIn(const Json& item) {
+    constexpr std::size_t longest = 2'000;
+    const std::string* url = textMember(item, "redirectURL");
+    if (url == nullptr || url->size() > longest || hostOf(*url).empty()) {
+        return {};
+    }
+    const std::string scheme = schemeOf(*url);
+    const bool isPlain = std::all_of(url->begin(), url->end(), [](char c) { return c > ' ' && c <= '~'; });
+    return isPlain && (scheme == "https" || scheme == "http") ? *url : std::string();
+}
+
 Error errorOf(const ServerFailure& failure, CKErrorCode otherwise) {
     const CKErrorCode code = codeOf(failure, otherwise);
-    Error error = makeCKError(code, lineOf(failure) + adviceFor(code));
+    Error error = makeCKError(code, lineOf(failure) + adviceFor(code, failure.signInURL));
     error.retryAfter = failure.retryAfter;
     return error;
 }
@@ -142,7 +162,18 @@ std::optional<ServerFailure> serverFailureIn(const Json& item) {
         return std::nullopt;
     }
     const auto* text = code->get_ptr<const std::string*>();
-    return ServerFailure{text == nullptr ? "no code" : asPartOfALine(*text), reasonIn(item), retryAfterIn(item)};
+    return ServerFailure{text == nullptr ? "no code" : asPartOfALine(*text), reasonIn(item), retryAfterIn(item),
+                         signInURLIn(item)};
+}
+
+bool isWithoutHandler(const Error& error) {
+    return isCKError(error, CKErrorCode::serviceUnavailable) && says(error.description, noHandler);
+}
+
+std::string signInURLOf(const std::string& body) {
+    const auto json = parsed(body);
+    const auto failure = json ? serverFailureIn(json.value()) : std::nullopt;
+    return failure ? failure->signInURL : std::string();
 }
 
 std::string lineOf(const ServerFailure& failure) {
@@ -169,7 +200,7 @@ Error errorOfAnswer(int status, const std::string& body) {
     if (status >= 300 && status < 400) {
         error.description += ", which leads elsewhere; does a sign-in page of the network stand in between?";
     }
-    error.description += adviceFor(code);
+    error.description += adviceFor(code, "");
     return error;
 }
 

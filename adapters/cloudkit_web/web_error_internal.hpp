@@ -18,6 +18,8 @@ struct ServerFailure {
     std::string reason = {};
     /// Seconds; absent when it is of no use to try again.
     std::optional<double> retryAfter = {};
+    /// Where a person signs in; empty when that is not the matter.
+    std::string signInURL = {};
 };
 
 /// The failure that `item` is; absent when it is none. Whatever else stands in it, its code decides.
@@ -31,6 +33,12 @@ struct ServerFailure {
 
 /// For an answer of a status other than 200, of the server or of somebody in between.
 [[nodiscard]] Error errorOfAnswer(int status, const std::string& body);
+
+/// Whether the service says that it has no such operation, for good or for a moment.
+[[nodiscard]] bool isWithoutHandler(const Error& error);
+
+/// Where a person signs in, as the body of a refusal says; empty when it does not.
+[[nodiscard]] std::string signInURLOf(const std::string& body);
 
 /// For an answer whose form is not what it should be: "the answer has no list of zones".
 [[nodiscard]] Error oddAnswer(const std::string& what);

@@ -100,8 +100,10 @@ void WebSession::sendNext() {
     request.body = std::move(next.call.body);
     transport_->send(std::move(request),
                      [self = shared_from_this(), completion = std::move(next.completion)](Result<HttpResponse> answer) {
+                         self->signInURL_.clear();
                          if (answer) {
                              self->keepToken(answer.value());
+                             self->noteSignIn(answer.value());
                          }
                          completion(outcomeOf(std::move(answer)));
                          self->isBusy_ = false;
@@ -135,6 +137,12 @@ void WebSession::keepToken(const HttpResponse& response) {
             }
             return;
         }
+    }
+}
+
+void WebSession::noteSignIn(const HttpResponse& response) {
+    if (response.status == 401 || response.status == 421) {
+        signInURL_ = web::signInURLOf(response.body);
     }
 }
 

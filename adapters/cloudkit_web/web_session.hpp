@@ -77,6 +77,10 @@ public:
     /// service has answered. Within a completion.
     [[nodiscard]] Error explained(const std::string& operation, Error error) const;
 
+    /// Where a browser takes the person to sign in, when the call that is answered was refused because nobody is signed
+    /// in, and the service said where; empty otherwise. Within a completion.
+    [[nodiscard]] const std::string& signInURL() const noexcept { return signInURL_; }
+
     [[nodiscard]] const WebAccount& account() const noexcept { return account_; }
     [[nodiscard]] HttpTransport& transport() noexcept { return *transport_; }
 
@@ -89,6 +93,7 @@ private:
     void sendNext();
     [[nodiscard]] std::string urlOf(const WebCall& call);
     void keepToken(const HttpResponse& response);
+    void noteSignIn(const HttpResponse& response);
 
     const WebAccount account_;
     const std::shared_ptr<HttpTransport> transport_;
@@ -97,6 +102,7 @@ private:
     std::deque<Waiting> waiting_;
     bool isBusy_ = false;
     std::optional<std::string> lastToken_;
+    std::string signInURL_;
 };
 
 }  // namespace quendokit

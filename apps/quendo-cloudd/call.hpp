@@ -3,6 +3,7 @@
 /// One signed-in request on its way to the operation that it asks for.
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -73,7 +74,16 @@ struct Call {
 [[nodiscard]] Reply<nlohmann::json> currentUser(Call& call);
 [[nodiscard]] Reply<nlohmann::json> caller(Call& call);
 
-/// Shared by the operations: the row of the call's scope, made when nothing was stored there yet. Inside a transaction.
-[[nodiscard]] Reply<ScopeRow> scopeForWriting(Call& call);
+/// What an operation made of the store.
+struct StoreChange {
+    /// The body of a 200.
+    nlohmann::json answer;
+    /// Otherwise nothing of it is stored.
+    bool isKept = true;
+};
+
+/// Runs `work` in one transaction over the row of the call's scope, which is made when nothing was stored there yet.
+/// When it fails, or what it did cannot be kept, nothing has changed and nobody is told of anything.
+[[nodiscard]] Reply<nlohmann::json> changeStore(Call& call, const std::function<Reply<StoreChange>(ScopeRow&)>& work);
 
 }  // namespace cloudd

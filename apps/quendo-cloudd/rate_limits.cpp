@@ -37,19 +37,19 @@ void RequestRate::forgetFull(double now) {
     });
 }
 
-std::optional<double> GuessingBrake::wait(const std::string& address, double now) const {
-    const auto found = guesses_.find(address);
+std::optional<double> GuessingBrake::wait(const std::string& name, double now) const {
+    const auto found = guesses_.find(name);
     if (found == guesses_.end() || now >= found->second.until || now < found->second.last) {
         return std::nullopt;
     }
     return found->second.until - now;
 }
 
-void GuessingBrake::noteWrongToken(const std::string& address, double now) {
+int GuessingBrake::noteWrongToken(const std::string& name, double now) {
     if (guesses_.size() > manyNames) {
         std::erase_if(guesses_, [&](const auto& entry) { return now > entry.second.last + quietTime; });
     }
-    Guesses& guesses = guesses_[address];
+    Guesses& guesses = guesses_[name];
     if (now > guesses.last + quietTime || now < guesses.last) {
         guesses = {};
     }
@@ -58,6 +58,7 @@ void GuessingBrake::noteWrongToken(const std::string& address, double now) {
     if (guesses.count > freeGuesses) {
         guesses.until = now + std::min(longestWait, std::exp2(std::min(guesses.count - freeGuesses - 1, 20)));
     }
+    return guesses.count;
 }
 
 }  // namespace cloudd

@@ -31,13 +31,14 @@ private:
     std::map<std::string, Bucket> buckets_;
 };
 
-/// After ten wrong tokens from one address each further one doubles the time for which it is not listened to, from one
+/// After ten wrong tokens under one name each further one doubles the time for which it is not listened to, from one
 /// second to five minutes. Ten quiet minutes and all is forgotten. One thread.
 class GuessingBrake {
 public:
-    /// How many seconds the address still has to wait; absent when it is welcome.
-    [[nodiscard]] std::optional<double> wait(const std::string& address, double now) const;
-    void noteWrongToken(const std::string& address, double now);
+    /// How many seconds the name still has to wait; absent when it is welcome.
+    [[nodiscard]] std::optional<double> wait(const std::string& name, double now) const;
+    /// Answers how many there were since it was forgotten, with this one.
+    int noteWrongToken(const std::string& name, double now);
 
 private:
     struct Guesses {

@@ -91,43 +91,36 @@ Reply<json> modifyRecords(Call& call) {
     if (!operations) {
         return operations.error();
     }
-    Transaction transaction(call.store.connection());
-    if (auto failure = transaction.begin()) {
-        return *failure;
-    }
-    auto scope = scopeForWriting(call);
-    if (!scope) {
-        return scope.error();
-    }
-    auto zone = zoneForWriting(call, scope.value(), reference.value());
-    if (!zone) {
-        return zone.error();
-    }
-    std::vector<RecordOutcome> outcomes;
-    bool anyRefused = false;
-    Announcement announcement{reference.value().name};
-    for (const RecordOperation& operation : operations.value()) {
-        auto outcome = apply(call, scope.value(), zone.value(), operation);
-        if (!outcome) {
-            return outcome.error();
+    return changeStore(call, [&](ScopeRow& scope) -> Reply<StoreChange> {
+        auto zone = zoneForWriting(call, scope, reference.value());
+        if (!zone) {
+            return zone.error();
         }
-        anyRefused = anyRefused || outcome.value().refused;
-        if (outcome.value().event) {
-            announcement.records.push_back({operation.name, outcome.value().record.type, *outcome.value().event});
+        std::vector<RecordOutcome> outcomes;
+        bool anyRefused = false;
+        Announcement announcement{reference.value().name};
+        for (const RecordOperation& operation : operations.value()) {
+            auto outcome = apply(call, scope, zone.value(), operation);
+            if (!outcome) {
+                return outcome.error();
+            }
+            anyRefused = anyRefused || outcome.value().refused;
+            if (outcome.value().event) {
+                announcement.records.push_back({operation.name, outcome.value().record.type, *outcome.value().event});
+            }
+            outcomes.push_back(std::move(outcome).value());
         }
-        outcomes.push_back(std::move(outcome).value());
-    }
-    const bool noneDone = atomic.value() && anyRefused;
-    if (!noneDone && !announcement.records.empty()) {
-        if (auto failure = call.store.noteChange(scope.value(), zone.value())) {
-            return *failure;
+        const bool noneDone = atomic.value() && anyRefused;
+        const bool isKept = !noneDone && !announcement.records.empty();
+        if (isKept) {
+            if (auto failure = call.store.noteChange(scope, zone.value())) {
+                return *failure;
+            }
+            call.announcements.push_back(std::move(announcement));
         }
-        if (auto failure = transaction.commit()) {
-            return *failure;
-        }
-        call.announcements.push_back(std::move(announcement));
-    }
-    return json{{"records", items(call, reference.value(), operations.value(), outcomes, noneDone)}};
+        return StoreChange{json{{"records", items(call, reference.value(), operations.value(), outcomes, noneDone)}},
+                           isKept};
+    });
 }
 
 Reply<json> lookUpRecords(Call& call) {

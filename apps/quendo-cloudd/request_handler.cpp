@@ -153,10 +153,10 @@ Answer RequestHandler::answerOperation(const Request& request, const Target& tar
 }
 
 Reply<SignedIn> RequestHandler::signIn(const Request& request, const Target& target, double now) {
-    if (const auto wait = brake_.wait(request.address, now)) {
+    const std::string apiToken = parameter(target, "ckAPIToken");
+    if (const auto wait = brake(request, apiToken, now)) {
         return throttled(*wait);
     }
-    const std::string apiToken = parameter(target, "ckAPIToken");
     if (apiToken.empty()) {
         return WireError{ErrorCode::authenticationFailed, "no auth method found"};
     }
@@ -165,8 +165,13 @@ Reply<SignedIn> RequestHandler::signIn(const Request& request, const Target& tar
         return user.error();
     }
     if (!user.value()) {
-        brake_.noteWrongToken(request.address, now);
+        noteWrongToken(request, apiToken, now);
         return WireError{ErrorCode::authenticationFailed, "Authentication failed"};
+    }
+    // Not an address: none holds a blank.
+    const std::string account = "user " + *user.value();
+    if (const auto wait = brake_.wait(account, now)) {
+        return throttled(*wait);
     }
     const WireError signInFirst{
         ErrorCode::authenticationRequired, "request needs authorization", {}, request.origin + "/sign-in"};
@@ -174,15 +179,39 @@ Reply<SignedIn> RequestHandler::signIn(const Request& request, const Target& tar
     if (webToken.empty()) {
         return signInFirst;
     }
+    if (const auto wait = brake(request, webToken, now)) {
+        return throttled(*wait);
+    }
     auto signedIn = accounts_.signIn(webToken, static_cast<std::int64_t>(now));
     if (!signedIn) {
         return signedIn.error();
     }
     if (!signedIn.value() || signedIn.value()->device.user != *user.value()) {
-        brake_.noteWrongToken(request.address, now);
+        if (noteWrongToken(request, webToken, now)) {
+            brake_.noteWrongToken(account, now);
+        }
         return signInFirst;
     }
     return *std::move(signedIn).value();
+}
+
+std::optional<double> RequestHandler::brake(const Request& request, const std::string& token, double now) const {
+    const auto wait = brake_.wait(request.address, now);
+    return wait ? wait : brake_.wait(nameOfToken(request, token), now);
+}
+
+bool RequestHandler::noteWrongToken(const Request& request, const std::string& token, double now) {
+    // A device whose tokens are void shows them again and again; whoever else is at its address is not to wait for
+    // that.
+    const bool isNew = brake_.noteWrongToken(nameOfToken(request, token), now) == 1;
+    if (isNew) {
+        brake_.noteWrongToken(request.address, now);
+    }
+    return isNew;
+}
+
+std::string RequestHandler::nameOfToken(const Request& request, const std::string& token) const {
+    return request.address + " " + accounts_.key().hash(token);
 }
 
 std::variant<Answer, Parked> RequestHandler::answerCourier(const Request& request, const Target& target) {
@@ -190,15 +219,16 @@ std::variant<Answer, Parked> RequestHandler::answerCourier(const Request& reques
     if (request.method != "GET") {
         return wrongMethod("GET");
     }
-    if (const auto wait = brake_.wait(request.address, now)) {
+    const std::string token = parameter(target, "tok");
+    if (const auto wait = brake(request, token, now)) {
         return refusal(throttled(*wait));
     }
-    auto listener = courierTokens_.listener(parameter(target, "tok"), static_cast<std::int64_t>(now));
+    auto listener = courierTokens_.listener(token, static_cast<std::int64_t>(now));
     if (!listener) {
         return refuse(wireErrorOf(listener.error()));
     }
     if (!listener.value()) {
-        brake_.noteWrongToken(request.address, now);
+        noteWrongToken(request, token, now);
         return refusal({ErrorCode::notFound, "there is no such push token; create a new one"});
     }
     if (auto answer = takeNotification(*listener.value())) {

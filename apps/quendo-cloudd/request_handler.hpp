@@ -61,6 +61,12 @@ private:
     [[nodiscard]] std::variant<Answer, Parked> answerCourier(const Request& request, const Target& target);
     /// The device behind the request's tokens.
     [[nodiscard]] Reply<SignedIn> signIn(const Request& request, const Target& target, double now);
+    /// How long who shows `token` from there has to wait; absent when it is listened to.
+    [[nodiscard]] std::optional<double> brake(const Request& request, const std::string& token, double now) const;
+    /// Notes a wrong token; false when it is one that came from there before, which is no guess.
+    bool noteWrongToken(const Request& request, const std::string& token, double now);
+    /// For the brake. It holds no token.
+    [[nodiscard]] std::string nameOfToken(const Request& request, const std::string& token) const;
     [[nodiscard]] Result<UserStore*> storeOf(const std::string& user);
     /// The answer to a request that failed; the log gets what the client does not.
     [[nodiscard]] Answer refuse(const WireError& error);

@@ -227,27 +227,18 @@ Reply<json> modifySubscriptions(Call& call) {
         }
         operations.push_back(std::move(operation).value());
     }
-    Transaction transaction(call.store.connection());
-    if (auto failure = transaction.begin()) {
-        return *failure;
-    }
-    auto scope = scopeForWriting(call);
-    if (!scope) {
-        return scope.error();
-    }
-    json list = json::array();
-    for (const SubscriptionOperation& operation : operations) {
-        auto item = operation.type == "delete" ? remove(call, scope.value(), operation.subscription.id)
-                                               : save(call, scope.value(), operation);
-        if (!item) {
-            return item.error();
+    return changeStore(call, [&](ScopeRow& scope) -> Reply<StoreChange> {
+        json list = json::array();
+        for (const SubscriptionOperation& operation : operations) {
+            auto item = operation.type == "delete" ? remove(call, scope, operation.subscription.id)
+                                                   : save(call, scope, operation);
+            if (!item) {
+                return item.error();
+            }
+            list.push_back(std::move(item).value());
         }
-        list.push_back(std::move(item).value());
-    }
-    if (auto failure = transaction.commit()) {
-        return *failure;
-    }
-    return json{{"subscriptions", std::move(list)}};
+        return StoreChange{json{{"subscriptions", std::move(list)}}};
+    });
 }
 
 }  // namespace cloudd

@@ -118,28 +118,6 @@ Reply<json> deleteZone(Call& call, ScopeRow& scope, const ZoneOperation& operati
 
 }  // namespace
 
-Reply<ScopeRow> scopeForWriting(Call& call) {
-    auto row = call.store.scope(call.scope);
-    if (!row) {
-        return row.error();
-    }
-    if (row.value().id != 0) {
-        return std::move(row).value();
-    }
-    auto count = call.store.scopeCount();
-    if (!count) {
-        return count.error();
-    }
-    if (count.value() >= mostScopes) {
-        return WireError{ErrorCode::quotaExceeded, "there are too many containers"};
-    }
-    row = call.store.obtainScope(call.scope);
-    if (!row) {
-        return row.error();
-    }
-    return std::move(row).value();
-}
-
 Reply<json> listZones(Call& call) {
     auto scope = call.store.scope(call.scope);
     if (!scope) {
@@ -193,29 +171,17 @@ Reply<json> modifyZones(Call& call) {
     if (!operations) {
         return operations.error();
     }
-    Transaction transaction(call.store.connection());
-    if (auto failure = transaction.begin()) {
-        return *failure;
-    }
-    auto scope = scopeForWriting(call);
-    if (!scope) {
-        return scope.error();
-    }
-    json list = json::array();
-    for (const ZoneOperation& operation : operations.value()) {
-        auto item = operation.isCreation ? createZone(call, scope.value(), operation)
-                                         : deleteZone(call, scope.value(), operation);
-        if (!item) {
-            call.announcements.clear();
-            return item.error();
+    return changeStore(call, [&](ScopeRow& scope) -> Reply<StoreChange> {
+        json list = json::array();
+        for (const ZoneOperation& operation : operations.value()) {
+            auto item = operation.isCreation ? createZone(call, scope, operation) : deleteZone(call, scope, operation);
+            if (!item) {
+                return item.error();
+            }
+            list.push_back(std::move(item).value());
         }
-        list.push_back(std::move(item).value());
-    }
-    if (auto failure = transaction.commit()) {
-        call.announcements.clear();
-        return *failure;
-    }
-    return json{{"zones", std::move(list)}};
+        return StoreChange{json{{"zones", std::move(list)}}};
+    });
 }
 
 }  // namespace cloudd

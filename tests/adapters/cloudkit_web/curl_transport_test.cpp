@@ -93,6 +93,20 @@ TEST(CurlTransport, AnswersThatAreTooLargeAreBrokenOff) {
     EXPECT_TRUE(answerTo(transport, request));
 }
 
+TEST(CurlTransport, AHundredMegabytesAreBrokenOffUnlessSomebodyWantsThem) {
+    const std::string huge(100'000'000, ' ');
+    LocalHttpServer server([&](const ReceivedRequest& request) {
+        return request.line.find("endless") == std::string::npos ? httpAnswer(200, huge)
+                                                                 : "HTTP/1.1 200 x\r\nConnection: close\r\n\r\n" + huge;
+    });
+    CurlTransport transport(plainHttp());
+    for (const char* path : {"/secret", "/endless/secret"}) {
+        const auto answer = answerTo(transport, {server.url() + path});
+        expectCode(answer, CKErrorCode::internalError);
+        EXPECT_EQ(answer.error().description, "the answer is larger than 32 MB");
+    }
+}
+
 TEST(CurlTransport, WhatCountsIsTheSizeAfterDecompression) {
     // 20,000 blanks.
     const std::string bomb(

@@ -415,6 +415,34 @@ TEST_F(WebDatabaseExchange, ARefusedTokenMeansFromTheBeginning) {
     expectCode(page.error, CKErrorCode::invalidArguments);
 }
 
+TEST_F(WebDatabaseExchange, WhereTheNewerFeedIsNotThereTheOlderOneIsReadEachTime) {
+    constexpr const char* noHandler = R"({"serverErrorCode":"NOT_FOUND",
+        "reason":"could not find handler for endpoint"})";
+    for (int i = 0; i < 2; ++i) {
+        // It may have been away for a moment only.
+        const auto operation = read("AQAAx");
+        EXPECT_EQ(askedOperation(), "changes/zone");
+        transport->answer(404, noHandler);
+        EXPECT_FALSE(operation->isFinished());
+        ASSERT_EQ(transport->sent.size(), 1U);
+        EXPECT_EQ(askedOperation(), "records/changes");
+        EXPECT_EQ(question(),
+                  Json::parse(R"({"zoneID":{"zoneName":"Errands"},"syncToken":"AQAAx","resultsLimit":200})"));
+        transport->answer(200, R"({"records":[{"recordName":"B2","deleted":true}],"syncToken":"AQAAy",
+            "moreComing":true,"reverse":false})");
+        EXPECT_FALSE(page.error);
+        EXPECT_EQ(page.token, tokenOf("AQAAy"));
+        EXPECT_TRUE(operation->moreComing);
+        EXPECT_TRUE(operation->isFinished());
+    }
+    EXPECT_EQ(page.deleted, (std::vector<std::string>{"B2", "B2"}));
+    for (const char* other : {"", R"({"serverErrorCode":"NOT_FOUND","reason":"no such thing"})"}) {
+        read();
+        transport->answer(404, other);
+        EXPECT_TRUE(transport->sent.empty()) << "only a missing feed has another";
+    }
+}
+
 TEST_F(WebDatabaseExchange, AMissingZoneIsSaidWhileReading) {
     read("old");
     transport->answer(200, R"({"zones":[{"zoneID":{"zoneName":"Errands"},"serverErrorCode":"ZONE_NOT_FOUND",

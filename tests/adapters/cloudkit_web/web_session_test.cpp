@@ -102,8 +102,33 @@ TEST_F(WebSessionTest, NoErrorHoldsASecret) {
         }
     }
     EXPECT_EQ(errors.front().description,
-              "the cloud at cloud.example, first: bad ... and ... (AUTHENTICATION_REQUIRED); sign in again and connect "
-              "with the new token");
+              "the cloud at cloud.example, first: bad ... and ... (AUTHENTICATION_REQUIRED); sign in again at "
+              "https://sign.in/ and connect with the new token");
+}
+
+TEST_F(WebSessionTest, WhoIsNotSignedInHearsWhereThatIsDone) {
+    std::string place;
+    const auto refuse = [&](int status, const std::string& url) {
+        session->send({"users/current"}, [&](const Result<std::string>&) { place = session->signInURL(); });
+        transport->run();
+        transport->answer(status, R"({"serverErrorCode":"AUTHENTICATION_REQUIRED","redirectURL":")" + url + "\"}");
+        return place;
+    };
+    const std::string whole = "https://sign.in/auth?widgetKey=a%2Bb&rv=1#x";
+    EXPECT_EQ(refuse(421, whole), whole);
+    EXPECT_EQ(refuse(401, "http://localhost:8420/sign-in"), "http://localhost:8420/sign-in");
+    for (const std::string& none :
+         {std::string(), std::string("javascript:alert(1)"), std::string("file:///etc/passwd"),
+          std::string("https://a b/"), std::string("https://sign.in/\\u001b[2J"),
+          "https://sign.in/" + std::string(2'000, 'x')}) {
+        EXPECT_EQ(refuse(421, none), "") << none;
+    }
+    EXPECT_EQ(refuse(403, whole), "");
+    refuse(421, whole);
+    session->send({"users/current"}, [&](const Result<std::string>&) { place = session->signInURL(); });
+    transport->run();
+    transport->answer(200, "{}");
+    EXPECT_EQ(place, "");
 }
 
 struct Refusal {

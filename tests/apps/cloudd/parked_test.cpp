@@ -216,16 +216,30 @@ TEST_F(ServerPatience, AConnectionWithoutRequestsIsClosedInTheEnd) {
     EXPECT_GE(Clock::now() - answered, 600ms);
 }
 
-TEST_F(ServerPatience, ThousandsOfIdleSocketsGiveWayToAGoodClient) {
+TEST_F(ServerPatience, TenThousandIdleSocketsGiveWayToAGoodClient) {
+    // The server's ends of those that it has not closed yet, and the files of this program, need room, too.
+    constexpr std::size_t wanted = 10'000;
+    rlimit files{};
+    getrlimit(RLIMIT_NOFILE, &files);
+    if (files.rlim_max < wanted + 2 * mostConnections) {
+        GTEST_SKIP() << "this system lets a program open " << files.rlim_max << " files only";
+    }
+    files.rlim_cur = files.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &files);
     std::vector<RawClient> idle;
-    for (std::size_t i = 0; i < 3'000; ++i) {
+    for (std::size_t i = 0; i < wanted; ++i) {
         idle.push_back(connect(addressOf(i)));
+        ASSERT_TRUE(idle.back().isConnected()) << i;
     }
-    std::size_t served = 0;
+    std::vector<Clock::duration> times;
     for (int i = 0; i < 10; ++i) {
-        served += send(getRequest(client_.target("zones/list")), 0x7F00FF01).status == 200 ? 1 : 0;
+        const auto start = Clock::now();
+        EXPECT_EQ(send(getRequest(client_.target("zones/list")), 0x7F00FF01).status, 200);
+        times.push_back(Clock::now() - start);
     }
-    EXPECT_EQ(served, 10U);
+    // Who comes right behind them waits for as long as the server bears with them, and nobody else does.
+    EXPECT_LT(*std::max_element(times.begin(), times.end()), 10s);
+    EXPECT_LT(times.back(), 250ms);
 }
 
 }  // namespace

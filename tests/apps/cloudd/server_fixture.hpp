@@ -76,9 +76,10 @@ protected:
     }
 
     /// What a request is answered; it must not be parked. Each comes a second after the one before.
-    Answer send(const std::string& method, const std::string& target, const std::string& body = "") {
+    Answer send(const std::string& method, const std::string& target, const std::string& body = "",
+                const std::string& address = "192.0.2.1") {
         clock_.advanceBy(std::chrono::seconds(1));
-        auto result = handler_->handle({method, target, body, "192.0.2.1", "http://localhost:8420"});
+        auto result = handler_->handle({method, target, body, address, "http://localhost:8420"});
         const auto* answer = std::get_if<Answer>(&result);
         EXPECT_NE(answer, nullptr) << target << " was parked";
         return answer == nullptr ? Answer() : *answer;

@@ -11,13 +11,13 @@ namespace {
 
 class ServerTokens : public Server {
 protected:
-    Answer ask(const std::string& api, const std::string& web) {
+    Answer ask(const std::string& api, const std::string& web, const std::string& address = "192.0.2.1") {
         Client client{api, web};
         std::string target = client.path("users/current") + "?ckAPIToken=" + api;
         if (!web.empty()) {
             target += "&ckWebAuthToken=" + web;
         }
-        return send("GET", target);
+        return send("GET", target, "", address);
     }
     static std::string next(const Answer& answer) { return headerOf(answer, "X-Apple-CloudKit-Web-Auth-Token"); }
     static std::string code(const Answer& answer) {
@@ -140,18 +140,63 @@ TEST_F(ServerTokens, NoTokenIsInTheFiles) {
 }
 
 TEST_F(ServerTokens, WhoGuessesHasToWaitTwiceAsLongEachTime) {
-    for (int i = 0; i < 10; ++i) {
-        EXPECT_EQ(ask(std::string(64, '0'), client_.web).status, 401);
+    for (int i = 0; i < 12; ++i) {
+        EXPECT_EQ(ask("guess" + std::to_string(i), client_.web).status, 401);
     }
-    EXPECT_EQ(ask(std::string(64, '0'), client_.web).status, 401);
-    EXPECT_EQ(ask(std::string(64, '0'), client_.web).status, 401);
     const Answer braked = ask(client_.api, client_.web);
     EXPECT_EQ(braked.status, 429);
     EXPECT_EQ(code(braked), "THROTTLED");
     const double wait = json::parse(braked.body).at("retryAfter").get<double>();
     EXPECT_GT(wait, 0);
     EXPECT_LE(wait, 2);
+    EXPECT_EQ(ask(client_.api, client_.web, "192.0.2.9").status, 200) << "from elsewhere";
     clock_.advanceBy(std::chrono::duration<double>(wait));
+    EXPECT_EQ(ask(client_.api, client_.web).status, 200);
+}
+
+TEST_F(ServerTokens, NoWaitIsLongerThanFiveMinutesAndTenQuietOnesEndItAll) {
+    double longest = 0;
+    for (int i = 0; i < 40; ++i) {
+        const Answer answer = ask(client_.api, "guess" + std::to_string(i));
+        if (answer.status == 429) {
+            longest = json::parse(answer.body).at("retryAfter").get<double>();
+            clock_.advanceBy(std::chrono::duration<double>(longest));
+        }
+    }
+    EXPECT_GT(longest, 250);
+    EXPECT_LE(longest, 300);
+    clock_.advanceBy(std::chrono::seconds(601));
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_EQ(ask(client_.api, "other" + std::to_string(i)).status, 421);
+    }
+    EXPECT_EQ(ask(client_.api, client_.web).status, 200);
+}
+
+TEST_F(ServerTokens, GuessesAtAUserFromManyAddressesMakeThatUserWaitAndNoOther) {
+    const DeviceTokens other = addUser(data_, "berta");
+    for (int i = 0; i < 12; ++i) {
+        EXPECT_EQ(ask(client_.api, "guess" + std::to_string(i), "198.51.100." + std::to_string(i)).status, 421);
+    }
+    const Answer braked = ask(client_.api, client_.web);
+    EXPECT_EQ(braked.status, 429);
+    EXPECT_GT(json::parse(braked.body).at("retryAfter").get<double>(), 0);
+    EXPECT_EQ(ask(other.api, other.web).status, 200);
+    clock_.advanceBy(std::chrono::seconds(2));
+    EXPECT_EQ(ask(client_.api, client_.web).status, 200);
+}
+
+TEST_F(ServerTokens, WhoShowsOneVoidTokenAgainAndAgainHasToWaitAndNobodyBesides) {
+    const DeviceTokens phone = addDevice(data_, "anna", "phone");
+    const auto askTwenty = [&](const std::string& api, const std::string& web) {
+        Answer answer;
+        for (int i = 0; i < 20; ++i) {
+            answer = ask(api, web);
+        }
+        return answer.status;
+    };
+    EXPECT_EQ(askTwenty(std::string(64, '0'), client_.web), 429);
+    EXPECT_EQ(askTwenty(phone.api, std::string(64, '1')), 429);
+    EXPECT_EQ(ask(phone.api, phone.web).status, 200);
     EXPECT_EQ(ask(client_.api, client_.web).status, 200);
 }
 
