@@ -27,7 +27,7 @@ const char* saveType(const CKRecord& record, CKRecordSavePolicy policy) {
     return "forceUpdate";
 }
 
-Json operation(const char* type, Json record) {
+Json recordOperation(const char* type, Json record) {
     Json json = Json::object();
     json["operationType"] = type;
     json["record"] = std::move(record);
@@ -88,10 +88,10 @@ Result<Json> recordsToModify(const RecordChanges& changes) {
         if (type == "update") {
             json.value()["recordChangeTag"] = *record.recordChangeTag();
         }
-        operations.push_back(operation(type.c_str(), std::move(json).value()));
+        operations.push_back(recordOperation(type.c_str(), std::move(json).value()));
     }
     for (const CKRecordID& recordID : changes.toDelete) {
-        operations.push_back(operation("forceDelete", named(recordID)));
+        operations.push_back(recordOperation("forceDelete", named(recordID)));
     }
     Json json = Json::object();
     json["zoneID"] = zoneIDOf(changes.zoneID);

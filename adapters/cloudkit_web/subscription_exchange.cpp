@@ -17,7 +17,7 @@ Json named(const std::string& subscriptionID) {
     return json;
 }
 
-Json operation(const char* type, Json subscription) {
+Json subscriptionOperation(const char* type, Json subscription) {
     Json json = Json::object();
     json["operationType"] = type;
     json["subscription"] = std::move(subscription);
@@ -82,10 +82,10 @@ Result<std::vector<CKSubscription>> listedSubscriptions(const Result<Json>& answ
 Json subscriptionsToModify(const std::vector<CKSubscription>& toSave, const std::vector<std::string>& toDelete) {
     Json operations = Json::array();
     for (const CKSubscription& subscription : toSave) {
-        operations.push_back(operation("create", subscriptionOf(subscription)));
+        operations.push_back(subscriptionOperation("create", subscriptionOf(subscription)));
     }
     for (const std::string& subscriptionID : toDelete) {
-        operations.push_back(operation("delete", named(subscriptionID)));
+        operations.push_back(subscriptionOperation("delete", named(subscriptionID)));
     }
     Json json = Json::object();
     json["operations"] = std::move(operations);

@@ -11,7 +11,7 @@
 namespace quendokit::web {
 namespace {
 
-Json operation(const char* type, const CKRecordZoneID& zoneID) {
+Json zoneOperation(const char* type, const CKRecordZoneID& zoneID) {
     Json zone = Json::object();
     zone["zoneID"] = zoneIDOf(zoneID);
     Json json = Json::object();
@@ -66,10 +66,10 @@ FoundZones foundZones(const std::vector<CKRecordZoneID>& asked, const Result<Jso
 Json zonesToModify(const std::vector<CKRecordZone>& toSave, const std::vector<CKRecordZoneID>& toDelete) {
     Json operations = Json::array();
     for (const CKRecordZone& zone : toSave) {
-        operations.push_back(operation("create", zone.zoneID));
+        operations.push_back(zoneOperation("create", zone.zoneID));
     }
     for (const CKRecordZoneID& zoneID : toDelete) {
-        operations.push_back(operation("delete", zoneID));
+        operations.push_back(zoneOperation("delete", zoneID));
     }
     Json json = Json::object();
     json["operations"] = std::move(operations);

@@ -67,7 +67,7 @@ private:
 };
 
 /// The key's bytes; empty when there is no such file.
-Result<std::string> read(const std::filesystem::path& file) {
+Result<std::string> readSecret(const std::filesystem::path& file) {
     const Descriptor descriptor(open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     if (descriptor.number() < 0) {
         return errno == ENOENT ? Result<std::string>(std::string()) : Result<std::string>(keyError(file, errno));
@@ -142,12 +142,12 @@ bool isSameSecret(std::string_view left, std::string_view right) {
 }
 
 Result<TokenKey> TokenKey::load(const std::filesystem::path& file) {
-    auto bytes = read(file);
+    auto bytes = readSecret(file);
     if (bytes && bytes.value().empty()) {
         if (auto failure = make(file)) {
             return *std::move(failure);
         }
-        bytes = read(file);
+        bytes = readSecret(file);
     }
     if (!bytes) {
         return bytes.error();

@@ -20,7 +20,7 @@ using quendo::Outcome;
 
 constexpr std::size_t blockSize = 512;
 /// The largest size that a header can name.
-constexpr std::uint64_t mostBytes = 077777777777;
+constexpr std::uint64_t mostBytesOfAFile = 077777777777;
 
 Failure fileFailure(const std::filesystem::path& file, int number) {
     return {ExitCode::notDone, file.string() + ": " + std::generic_category().message(number) +
@@ -113,7 +113,7 @@ std::optional<Failure> TarWriter::add(const std::string& name, const std::filesy
     }
     const auto size = static_cast<std::uint64_t>(status.st_size);
     std::optional<Failure> failure =
-        size > mostBytes ? fileFailure(source, EFBIG) : write(header(name, '0', size, seconds, 0600));
+        size > mostBytesOfAFile ? fileFailure(source, EFBIG) : write(header(name, '0', size, seconds, 0600));
     std::uint64_t left = size;
     std::string buffer;
     while (!failure && left > 0) {

@@ -28,7 +28,7 @@ struct ZoneOperation {
     json zoneID;
 };
 
-Reply<ZoneOperation> readOperation(const json& operation, const std::string& user) {
+Reply<ZoneOperation> readZoneOperation(const json& operation, const std::string& user) {
     auto type = optionalText(operation, "operationType");
     if (!type) {
         return type.error();
@@ -47,7 +47,7 @@ Reply<ZoneOperation> readOperation(const json& operation, const std::string& use
     return ZoneOperation{type.value() == "create", std::move(reference).value(), zone->at("zoneID")};
 }
 
-Reply<std::vector<ZoneOperation>> readOperations(const Call& call) {
+Reply<std::vector<ZoneOperation>> readZoneOperations(const Call& call) {
     auto list = objects(call.body, "operations", mostOperations);
     if (!list) {
         return list.error();
@@ -55,7 +55,7 @@ Reply<std::vector<ZoneOperation>> readOperations(const Call& call) {
     std::vector<ZoneOperation> operations;
     std::set<std::string> names;
     for (const json& entry : *list.value()) {
-        auto operation = readOperation(entry, call.user);
+        auto operation = readZoneOperation(entry, call.user);
         if (!operation) {
             return operation.error();
         }
@@ -167,7 +167,7 @@ Reply<json> lookUpZones(Call& call) {
 }
 
 Reply<json> modifyZones(Call& call) {
-    auto operations = readOperations(call);
+    auto operations = readZoneOperations(call);
     if (!operations) {
         return operations.error();
     }

@@ -28,7 +28,7 @@ using quendokit::LocalTimeZone;
 
 constexpr mode_t otherUsers = 0077;
 /// How long the cloud may take.
-constexpr std::chrono::seconds patience(5);
+constexpr std::chrono::seconds patienceForCloud(5);
 
 /// The folder itself, or of those above it the first that exists.
 std::filesystem::path existing(std::filesystem::path folder) {
@@ -169,7 +169,7 @@ Finding cloudFinding(const Folders& folders, ExitCode& code) {
     if (!account) {
         return {"cloud", true, "none is connected"};
     }
-    if (auto failure = checkCloud(*account, file.tokens(), patience)) {
+    if (auto failure = checkCloud(*account, file.tokens(), patienceForCloud)) {
         return {"cloud", false, std::move(failure->line)};
     }
     return {"cloud", true, account->url + " answers"};
