@@ -70,7 +70,7 @@ void CloudIdentity::forget() {
 }
 
 void resendEverything(const std::shared_ptr<ReminderController>& controller,
-                      const std::shared_ptr<GuardedCloudDatabase>& guard, std::set<std::string> except,
+                      const std::shared_ptr<GuardedCloudDatabase>& guard, const std::set<std::string>& except,
                       std::function<void(bool)> done) {
     std::vector<std::string> ids = sentIDs(*controller, except);
     auto resendAll = [controller, ids, done = std::move(done)] {

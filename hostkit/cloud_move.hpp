@@ -48,7 +48,7 @@ private:
 /// then calls `done` with whether all of them could be written. Goes through the guard, if there is one (null: none),
 /// so that it may run later. Main thread.
 QUENDOKIT_EXPORT void resendEverything(const std::shared_ptr<ReminderController>& controller,
-                                       const std::shared_ptr<GuardedCloudDatabase>& guard, std::set<std::string> except,
-                                       std::function<void(bool)> done = {});
+                                       const std::shared_ptr<GuardedCloudDatabase>& guard,
+                                       const std::set<std::string>& except, std::function<void(bool)> done = {});
 
 }  // namespace quendokit

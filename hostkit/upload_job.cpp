@@ -134,6 +134,7 @@ void UploadJob::forEachUnsent(const std::function<void(const CKRecordID&)>& call
 
 std::vector<std::string> UploadJob::leftOut() const {
     std::vector<std::string> names;
+    names.reserve(savedBefore_.size() + deletedBefore_.size());
     for (const CKRecord& record : savedBefore_) {
         names.push_back(record.recordID().recordName);
     }

@@ -35,8 +35,8 @@ protected:
         }
         return ids;
     }
-    void resend(std::set<std::string> except = {}) {
-        resendEverything(controller, database, std::move(except),
+    void resend(const std::set<std::string>& except = {}) {
+        resendEverything(controller, database, except,
                          [this](bool everything) { trace->add(everything ? "all of it" : "not all of it"); });
     }
     static ReminderItem dated(const std::string& id, double seconds) { return datedItem(id, Date(seconds)); }
