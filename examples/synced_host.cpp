@@ -54,6 +54,7 @@ int main() {
     const auto reminders = ReminderController::create(nullptr, realm.value(), nullptr, manager);
     const auto guard = guards->database(host.CloudContainerIdentifier);
     guard->setTokenGate(gate);
+    guard->setRealm(realm.value());
     *guarded = guard;
     const auto driver = SyncDriver::create(manager, guard);
     database->setPushHandler([driver](const CKSubscription&) { driver->pushed(); });

@@ -27,7 +27,7 @@ struct CloudGuardOptions {
     bool uploadsFirst = true;
     /// A downloaded change of a reminder whose own change is unsent is dropped: the upload that follows replaces it.
     /// Not so one of a reminder that the server has refused: no upload follows, and what came later takes its place.
-    /// What this process has uploaded itself is dropped, too.
+    /// What this process has uploaded or deleted itself is dropped, too.
     bool shieldsUnsent = true;
     /// An upload goes in requests of 200 items and a megabyte. When the server refuses one, its items are sent in ever
     /// smaller ones until those that it refuses stand alone; they wait until they change. One with another save policy
@@ -38,6 +38,8 @@ struct CloudGuardOptions {
     /// A reminder that changes while its upload is on its way takes the upload back, so that its confirmation is not
     /// taken for one of the newer change; see `perform`.
     bool cancelsTouched = true;
+    /// What arrives together shares one wait for the disk, if the guard knows the database (`setRealm`).
+    bool sharesCommits = true;
 
     std::size_t itemsPerRequest = 200;
     std::size_t bytesPerRequest = 1'000'000;

@@ -14,6 +14,7 @@
 #include "hostkit/tell_internal.hpp"
 #include "hostkit/token_gate.hpp"
 #include "hostkit/upload_job_internal.hpp"
+#include "quendokit/platform/realm.hpp"
 #include "quendokit/platform/services.hpp"
 #include "quendokit/store/reminder_store.hpp"
 #include "quendokit/sync/reminder_record.hpp"
@@ -46,6 +47,20 @@ void GuardedCloudDatabase::setEvents(CloudGuardEvents events) {
 
 void GuardedCloudDatabase::setTokenGate(std::shared_ptr<TokenGate> gate) {
     gate_ = std::move(gate);
+    if (gate_) {
+        gate_->setSettle([weak = weak_from_this()] {
+            const auto self = weak.lock();
+            return !self || self->makeDurable();
+        });
+    }
+}
+
+void GuardedCloudDatabase::setRealm(std::shared_ptr<Realm> realm) {
+    realm_ = std::move(realm);
+}
+
+bool GuardedCloudDatabase::makeDurable() {
+    return !realm_ || !realm_->makeDurable();
 }
 
 void GuardedCloudDatabase::writeFailed() {
@@ -171,7 +186,7 @@ void GuardedCloudDatabase::deliver(UploadJob& upload) {
     }
     for (const CKRecordID& id : upload.deleted()) {
         confirmed.push_back(id.recordName);
-        uploadedTags_.erase(id.recordName);
+        uploadedTags_.insert_or_assign(id.recordName, std::nullopt);
     }
     for (const std::string& name : confirmed) {
         quarantine_->forget(name);
@@ -272,12 +287,23 @@ bool GuardedCloudDatabase::takeOwnTag(const DownloadJob::Change& change) {
     // Whatever the server tells of it, it has told of what was uploaded before.
     const auto own = uploadedTags_.extract(nameOf(change));
     const auto* record = std::get_if<CKRecord>(&change);
-    return own && record != nullptr && record->recordChangeTag() == own.mapped();
+    if (!own) {
+        return false;
+    }
+    return own.mapped() ? record != nullptr && record->recordChangeTag() == own.mapped() : record == nullptr;
 }
 
 void GuardedCloudDatabase::answer(std::vector<std::string> ids, CloudJob& job) {
     for (const std::string& id : ids) {
         ++queued_[id];
+    }
+    // One alone has nobody to share with.
+    if (realm_ && options_.sharesCommits && ids.size() > 1) {
+        mainQueue_->async([weak = std::weak_ptr(realm_)] {
+            if (const auto realm = weak.lock()) {
+                realm->deferDurability();
+            }
+        });
     }
     // Whoever is told of it may want to change one of them at once: that is behind already.
     job.finish();
@@ -289,6 +315,7 @@ void GuardedCloudDatabase::answer(std::vector<std::string> ids, CloudJob& job) {
         if (!self) {
             return;
         }
+        static_cast<void>(self->makeDurable());
         self->confirmations_->setHeard(heard);
         for (const std::string& id : ids) {
             const auto found = self->queued_.find(id);
@@ -335,6 +362,7 @@ void GuardedCloudDatabase::perform(std::vector<std::string> ids, std::function<v
             return;
         }
     }
+    static_cast<void>(makeDurable());
     change();
 }
 

@@ -26,6 +26,7 @@ struct CloudJobParts;
 class DispatchQueue;
 class DownloadJob;
 class NetworkWait;
+class Realm;
 class RecentConfirmations;
 class ReminderStore;
 class ReminderSyncManager;
@@ -54,6 +55,10 @@ public:
     void setEvents(CloudGuardEvents events);
     /// Who makes the change token durable; absent: nobody but the engine.
     void setTokenGate(std::shared_ptr<TokenGate> gate);
+    /// Where the reminders are kept. What arrives in one page is stored there one by one and made durable at its end,
+    /// before the token is; a write of the host's own meanwhile is durable at the end, too, or at once when it is made
+    /// by `perform`. Absent: each write waits for the disk.
+    void setRealm(std::shared_ptr<Realm> realm);
 
     /// Changes the reminders with these ids by `change`: now, unless something that the cloud said of one of them is
     /// still queued; then behind it. An upload that holds one of them is taken back before: its completion is an error,
@@ -128,6 +133,8 @@ private:
     void answer(std::vector<std::string> ids, CloudJob& job);
     [[nodiscard]] std::set<std::string> unsentIDs() const;
     [[nodiscard]] std::shared_ptr<ReminderStore> store() const;
+    /// Whether everything that was written is durable.
+    bool makeDurable();
 
     const std::shared_ptr<CKDatabase> database_;
     const CloudGuardOptions options_;
@@ -138,6 +145,7 @@ private:
     CloudGuardEvents events_;
     std::weak_ptr<ReminderSyncManager> manager_;
     std::shared_ptr<TokenGate> gate_;
+    std::shared_ptr<Realm> realm_;
     mutable std::mutex arrivingMutex_;
     std::deque<Arrival> arriving_;
     /// The next one first; those whose dependencies are not finished are passed over.
@@ -145,8 +153,8 @@ private:
     std::vector<Job> running_;
     /// How many tasks of the main queue are about an id.
     std::map<std::string, std::size_t> queued_;
-    /// The tags of what this process has uploaded and not seen come back.
-    std::map<std::string, std::string> uploadedTags_;
+    /// The tags of what this process has uploaded and not seen come back; absent for what it has deleted.
+    std::map<std::string, std::optional<std::string>> uploadedTags_;
     /// Where the last download of each zone ended; absent when it failed.
     std::map<CKRecordZoneID, std::optional<CKServerChangeToken>> lastTokens_;
     /// The zones that are being read from the beginning, beyond the first page.

@@ -15,6 +15,10 @@ TokenGate::TokenGate(PrivateTag, std::shared_ptr<UserDefaults> defaults, std::st
                      std::shared_ptr<DispatchQueue> mainQueue)
     : defaults_(std::move(defaults)), key_(std::move(key)), mainQueue_(std::move(mainQueue)) {}
 
+void TokenGate::setSettle(std::function<bool()> settle) {
+    settle_ = std::move(settle);
+}
+
 void TokenGate::writeFailed() {
     const std::lock_guard lock(mutex_);
     waiting_ = std::nullopt;
@@ -65,7 +69,11 @@ void TokenGate::remove(std::string_view key) {
 }
 
 void TokenGate::makeDurable(std::uint64_t turn) {
+    const bool isSettled = !settle_ || settle_();
     const std::lock_guard lock(mutex_);
+    if (turn == turn_ && !isSettled) {
+        waiting_ = std::nullopt;
+    }
     if (turn == turn_ && waiting_) {
         defaults_->set(key_, *std::exchange(waiting_, std::nullopt));
     }

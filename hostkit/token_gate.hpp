@@ -3,6 +3,7 @@
 /// `TokenGate`, settings whose change token becomes durable only behind the changes that it stands for.
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -30,6 +31,10 @@ public:
     TokenGate(PrivateTag tag, std::shared_ptr<UserDefaults> defaults, std::string key,
               std::shared_ptr<DispatchQueue> mainQueue);
 
+    /// Called on the main thread before a token is made durable: what it stands for has to be durable by then. False
+    /// drops the token. Absent: it is.
+    void setSettle(std::function<bool()> settle);
+
     /// A write of the database failed: a token that is not durable yet is dropped. Downloads that began with it have to
     /// begin anew; see `GuardedCloudDatabase::writeFailed`.
     void writeFailed();
@@ -47,6 +52,7 @@ private:
     const std::shared_ptr<UserDefaults> defaults_;
     const std::string key_;
     const std::shared_ptr<DispatchQueue> mainQueue_;
+    std::function<bool()> settle_;
     /// Recursive: settings that cannot be written may tell so at once, which ends in `writeFailed`.
     mutable std::recursive_mutex mutex_;
     /// What was set last and is not durable.

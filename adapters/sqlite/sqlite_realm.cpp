@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <string>
 #include <utility>
 
 #include "adapters/sqlite/parameters_internal.hpp"
@@ -92,7 +93,35 @@ std::optional<Error> SQLiteRealm::writeUnreported(const std::function<void()>& c
     if (writeFailure_) {
         return std::exchange(writeFailure_, std::nullopt);
     }
+    hasDeferred_ = isDeferred_;
     return transaction.commit();
+}
+
+void SQLiteRealm::deferDurability() {
+    if (isDeferred_ || writing_ || readDepth_ > 0) {
+        return;
+    }
+    // The log is not synced with each commit then; its order is kept all the same.
+    const auto failure = connection_->execute("PRAGMA synchronous = NORMAL");
+    isDeferred_ = !failure;
+}
+
+std::optional<Error> SQLiteRealm::makeDurable() {
+    if (!isDeferred_ || writing_ || readDepth_ > 0) {
+        return std::nullopt;
+    }
+    isDeferred_ = false;
+    auto failure = connection_->execute("PRAGMA synchronous = FULL");
+    if (!failure && std::exchange(hasDeferred_, false)) {
+        // A commit syncs the whole log with it; this one changes nothing.
+        const auto version = connection_->integer("PRAGMA user_version");
+        failure = version ? connection_->execute("PRAGMA user_version = " + std::to_string(version.value()))
+                          : version.error();
+    }
+    if (failure) {
+        report(*failure);
+    }
+    return failure;
 }
 
 void SQLiteRealm::read(const std::function<void()>& reads) const {

@@ -23,6 +23,8 @@ public:
     ~SQLiteRealm() override;
 
     [[nodiscard]] std::optional<Error> write(const std::function<void()>& changes) override;
+    void deferDurability() override;
+    [[nodiscard]] std::optional<Error> makeDurable() override;
     void read(const std::function<void()>& reads) const override;
     void deleteAll() override;
     void visitRows(const Query& query, const RowVisitor& visitor) const override;
@@ -67,6 +69,9 @@ private:
     /// Why the transaction under way will fail.
     mutable std::optional<Error> writeFailure_;
     bool writing_ = false;
+    bool isDeferred_ = false;
+    /// Whether something was written while durability was deferred.
+    bool hasDeferred_ = false;
     mutable int readDepth_ = 0;
 };
 

@@ -67,6 +67,16 @@ public:
     /// (`RealmErrorCode::nested`) without touching either.
     [[nodiscard]] virtual std::optional<Error> write(const std::function<void()>& changes) = 0;
 
+    /// From now until `makeDurable`, a write survives the end of the process when it returns, but not the loss of
+    /// power: then it may be gone, and with it all later ones, so that what is left is a state that was. Many small
+    /// writes share one wait for the disk so. Does nothing inside `write` and `read`, and in databases that do not
+    /// offer it.
+    virtual void deferDurability() {}
+    /// Makes everything durable that was written since `deferDurability`; from now on each write is again when it
+    /// returns. An error when that could not be done, of which the database's owner is told, too: some of it may be
+    /// lost. Does nothing, and costs nothing, when there is nothing of the kind.
+    [[nodiscard]] virtual std::optional<Error> makeDurable() { return std::nullopt; }
+
     /// Runs `reads` over one unchanging state of the database. Inside a `write` or another `read` it just runs them. A
     /// change inside is fatal.
     virtual void read(const std::function<void()>& reads) const = 0;

@@ -8,6 +8,22 @@
 
 namespace quendokit::testing {
 
+TEST_P(RealmConformance, WritesWhoseDurabilityIsDeferredAreThereAllTheSame) {
+    realm->deferDurability();
+    store({{"k", "one"}});
+    store({{"l", "two"}});
+    EXPECT_EQ(find("k")->label, "one");
+    EXPECT_FALSE(realm->makeDurable());
+    EXPECT_EQ(all().size(), 2U);
+    // Inside a write it is nothing that could be done.
+    write([&] {
+        realm->add(Specimen{"m"}, true);
+        realm->deferDurability();
+        EXPECT_FALSE(realm->makeDurable());
+    });
+    EXPECT_EQ(all().size(), 3U);
+}
+
 TEST_P(RealmConformance, AWriteWithoutChangesSucceeds) {
     bool ran = false;
     write([&] { ran = true; });

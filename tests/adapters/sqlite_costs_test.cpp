@@ -97,6 +97,33 @@ TEST_F(SQLiteCosts, StoringANewReminderSyncsOnce) {
     EXPECT_EQ(shim_.syncCount() - before, 1U);
 }
 
+TEST_F(SQLiteCosts, WritesWhoseDurabilityIsDeferredShareOneSync) {
+    const auto store = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            controller_->store(ReminderStruct("one of them", ReminderCondition::dateTime(Date(2'000'000'000))));
+        }
+    };
+    store(1);
+    auto before = shim_.syncCount();
+    EXPECT_FALSE(realm_->makeDurable());
+    realm_->deferDurability();
+    realm_->deferDurability();
+    EXPECT_FALSE(realm_->makeDurable());
+    EXPECT_EQ(shim_.syncCount(), before) << "nothing was written";
+
+    realm_->deferDurability();
+    store(200);
+    EXPECT_EQ(shim_.syncCount(), before);
+    EXPECT_FALSE(realm_->makeDurable());
+    EXPECT_EQ(shim_.syncCount() - before, 1U);
+
+    before = shim_.syncCount();
+    EXPECT_FALSE(realm_->makeDurable());
+    EXPECT_EQ(shim_.syncCount(), before);
+    store(2);
+    EXPECT_EQ(shim_.syncCount() - before, 2U);
+}
+
 TEST_F(SQLiteCosts, StoringOverAReminderSyncsOnce) {
     fill(10);
     const auto before = shim_.syncCount();

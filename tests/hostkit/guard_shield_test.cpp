@@ -73,6 +73,21 @@ TEST_F(GuardShield, AnUploadThatWaitsForOthersIsNotTheOne) {
     EXPECT_EQ(taken(), Lines{"upload b delete"});
 }
 
+TEST_F(GuardShield, AnOwnDeletionDoesNotComeBack) {
+    guardManager();
+    setUnsent({}, {"a", "b"});
+    download();
+    setUnsent({});
+    confirmUpload();
+    taken();
+    answerDownload({{idOf("a"), record("b"), idOf("c")}, token("T1")});
+    EXPECT_EQ(received(), (Texts{"b", "-c"})) << "another device has stored \"b\" anew";
+    // Whatever comes of it later is of others.
+    download();
+    answerDownload({{idOf("a"), idOf("b")}, token("T2")});
+    EXPECT_EQ(received(), (Texts{"-a", "-b"}));
+}
+
 TEST_F(GuardShield, WithNothingUnsentADownloadGoesAtOnce) {
     guardManager();
     download();

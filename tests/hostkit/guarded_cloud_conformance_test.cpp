@@ -66,9 +66,9 @@ CloudDatabaseImplementation guarded(const std::string& name, const CloudGuardOpt
     return {name, [=] { return std::make_unique<GuardedCloudFactory>(options); }};
 }
 
-const auto implementations =
-    ::testing::Values(guarded("AllProtections", {}),
-                      guarded("NoProtection", {false, false, false, false, false, false, false, 200, 1'000'000, {}}));
+const auto implementations = ::testing::Values(
+    guarded("AllProtections", {}),
+    guarded("NoProtection", {false, false, false, false, false, false, false, false, 200, 1'000'000, {}}));
 
 }  // namespace
 

@@ -44,6 +44,24 @@ TEST_F(Gate, OnlyTheLastTokenBecomesDurable) {
     EXPECT_EQ(gate->durableToken(), token("T2"));
 }
 
+TEST_F(Gate, ATokenWaitsUntilWhatItStandsForIsDurable) {
+    guard();
+    bool isGood = true;
+    gate->setSettle([&] {
+        EXPECT_FALSE(gate->durableToken());
+        return isGood;
+    });
+    set("T1");
+    mainQueue->runAll();
+    EXPECT_EQ(gate->durableToken(), token("T1"));
+    isGood = false;
+    gate->setSettle([] { return false; });
+    set("T2");
+    mainQueue->runAll();
+    EXPECT_EQ(gate->durableToken(), token("T1"));
+    EXPECT_TRUE(isSet("T1"));
+}
+
 TEST_F(Gate, RemovingGoesThroughAtOnce) {
     guard();
     set("T1");

@@ -39,6 +39,8 @@ public:
         }
         return failure;
     }
+    void deferDurability() override { realm_->deferDurability(); }
+    [[nodiscard]] std::optional<Error> makeDurable() override { return realm_->makeDurable(); }
     void read(const std::function<void()>& reads) const override { realm_->read(reads); }
     void deleteAll() override { realm_->deleteAll(); }
     void visitRows(const Query& query, const RowVisitor& visitor) const override { realm_->visitRows(query, visitor); }

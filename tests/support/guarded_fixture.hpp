@@ -49,6 +49,7 @@ protected:
         options.splitsUploads = false;
         options.checksText = false;
         options.cancelsTouched = false;
+        options.sharesCommits = false;
         return options;
     }
 

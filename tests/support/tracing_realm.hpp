@@ -20,7 +20,7 @@ namespace quendokit::testing {
 
 /// Forwards everything to the inner database. Adds to the trace: "begin" when a write's changes start; "add KEY",
 /// "set KEY PROPERTY…", "delete KEY" and "delete all" for the changes; at the end "commit" or "rollback", or "no begin"
-/// for a write whose changes never ran.
+/// for a write whose changes never ran. "defer durability" and "make durable" when it is asked for that.
 class TracingRealm final : public Realm {
 public:
     TracingRealm(std::shared_ptr<Realm> inner, std::shared_ptr<Trace> trace)
@@ -52,6 +52,14 @@ public:
         return failure;
     }
 
+    void deferDurability() override {
+        trace_->add("defer durability");
+        inner_->deferDurability();
+    }
+    [[nodiscard]] std::optional<Error> makeDurable() override {
+        trace_->add("make durable");
+        return inner_->makeDurable();
+    }
     void read(const std::function<void()>& reads) const override { inner_->read(reads); }
 
     void deleteAll() override {
