@@ -35,11 +35,24 @@ struct Session::Record {
     std::mutex mutex;
     std::optional<quendokit::Error> firstError;
 
+    /// Called when a write of the database has failed. Main thread, as that is.
+    std::function<void()> writeFailed;
+
     void note(const quendokit::Error& error) {
-        const std::lock_guard lock(mutex);
-        if (!firstError) {
-            firstError = error;
+        {
+            const std::lock_guard lock(mutex);
+            if (!firstError) {
+                firstError = error;
+            }
         }
+        if (error.domain == quendokit::realmErrorDomain && writeFailed) {
+            writeFailed();
+        }
+    }
+
+    [[nodiscard]] bool hasFailure() {
+        const std::lock_guard lock(mutex);
+        return firstError.has_value();
     }
 
     [[nodiscard]] std::optional<Failure> takeFailure() {
@@ -184,6 +197,14 @@ std::optional<Failure> Session::finishLeftovers() {
 
 std::optional<Failure> Session::takeFailure() {
     return record_->takeFailure();
+}
+
+bool Session::hasFailure() const {
+    return record_->hasFailure();
+}
+
+void Session::tellOfFailedWrites(std::function<void()> writeFailed) {
+    record_->writeFailed = std::move(writeFailed);
 }
 
 std::optional<Failure> Session::takeFailure(const std::optional<quendokit::Error>& error) {

@@ -96,6 +96,9 @@ private:
 
     /// What went wrong with the files since the last call; the engine itself reports no errors.
     [[nodiscard]] std::optional<Failure> takeFailure();
+    [[nodiscard]] bool hasFailure() const;
+    /// `writeFailed` is called when a write of the database has failed.
+    void tellOfFailedWrites(std::function<void()> writeFailed);
     /// `takeFailure()`, or else what `error` says.
     [[nodiscard]] std::optional<Failure> takeFailure(const std::optional<quendokit::Error>& error);
 

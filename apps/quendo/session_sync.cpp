@@ -2,7 +2,6 @@
 /// One whole sync.
 
 #include <algorithm>
-#include <iterator>
 #include <memory>
 #include <set>
 #include <string>
@@ -12,6 +11,7 @@
 #include "adapters/event_loop/event_loop.hpp"
 #include "apps/quendo/session_cloud_internal.hpp"
 #include "apps/quendo/session_internal.hpp"
+#include "hostkit/cloud_move.hpp"
 #include "hostkit/intent_journal.hpp"
 #include "hostkit/sync_driver.hpp"
 #include "hostkit/two_step_changes.hpp"
@@ -63,30 +63,40 @@ Outcome<SyncAnswer> Session::sync(std::chrono::seconds patience) {
     const auto rest = [&] {
         return std::max<std::chrono::nanoseconds>(end - std::chrono::steady_clock::now(), std::chrono::seconds(0));
     };
+    // Asked before there is a manager, which reads the token.
+    quendokit::CloudIdentity identity(cloud_->gate, Cloud::tokenKey);
+    const std::string cloud =
+        cloud_->account->url + " " + cloud_->account->container + " " + cloud_->account->environment;
+    const bool isAnother = identity.isAnother(cloud);
     if (auto failure = openToSync()) {
         return *std::move(failure);
     }
     SyncAnswer answer;
+    std::set<std::string> came;
     std::optional<Error> uploadError;
     std::optional<Error> downloadError;
     std::optional<Error> waits;
     const auto guard = cloud_->guards->database(cloud_->account->container);
     guard->setTokenGate(cloud_->gate);
+    guard->setRealm(realm_);
+    tellOfFailedWrites([weak = std::weak_ptr(guard)] {
+        if (const auto database = weak.lock()) {
+            database->writeFailed();
+        }
+    });
     quendokit::SyncDriverEvents events;
     events.uploadEnded = [&](const std::optional<Error>& error) { uploadError = error; };
     events.downloadEnded = [&](const std::optional<Error>& error) { downloadError = error; };
     events.waits = [&](const Error& error, std::chrono::nanoseconds) { waits = error; };
     events.reports = [&](const std::string& line) { warn_(line); };
-    // A slow upload may be followed by another one of the same changes.
-    std::set<std::string> confirmed;
     events.confirmed = [&](const std::vector<std::string>& ids) {
-        std::copy_if(ids.begin(), ids.end(), std::back_inserter(answer.uploaded),
-                     [&](const std::string& id) { return confirmed.insert(id).second; });
+        answer.uploaded.insert(answer.uploaded.end(), ids.begin(), ids.end());
     };
     events.received = [&](const std::vector<quendokit::CKRecord>& records,
                           const std::vector<quendokit::CKRecordID>& deleted) {
         for (const auto& record : records) {
             answer.received += quendokit::makeReminderStruct(record) ? 1 : 0;
+            came.insert(record.recordID().recordName);
         }
         answer.deleted += deleted.size();
     };
@@ -105,19 +115,40 @@ Outcome<SyncAnswer> Session::sync(std::chrono::seconds patience) {
                              : Failure{ExitCode::cloud, "the cloud did not make a zone for the reminders; see " +
                                                             folders_.log().string()};
     }
-    // An upload goes before it.
-    manager_->remoteSync();
-    if (!mainLoop_->runUntil([&] { return guard->isIdle(); }, rest())) {
-        return timeIsUp();
-    }
-    // What the last changes have queued: the token that is kept behind them.
-    static_cast<void>(mainLoop_->runUntil([] { return false; }, std::chrono::nanoseconds(0)));
-    if (auto failure = takeFailure()) {
+    const auto syncOnce = [&]() -> std::optional<Failure> {
+        // An upload goes before it.
+        manager_->remoteSync();
+        // A download would begin anew again and again while nothing can be stored.
+        if (!mainLoop_->runUntil([&] { return guard->isIdle() || hasFailure(); }, rest())) {
+            return timeIsUp();
+        }
+        // What the last changes have queued: the token that is kept behind them.
+        static_cast<void>(mainLoop_->runUntil([] { return false; }, std::chrono::nanoseconds(0)));
+        if (auto failure = takeFailure()) {
+            return failure;
+        }
+        for (const auto& error : {uploadError, downloadError}) {
+            if (error) {
+                return failureOf(*error);
+            }
+        }
+        return std::nullopt;
+    };
+    if (auto failure = syncOnce()) {
         return *std::move(failure);
     }
-    for (const auto& error : {uploadError, downloadError}) {
-        if (error) {
-            return failureOf(*error);
+    if (isAnother) {
+        // What an earlier cloud had confirmed and this one has not shown.
+        const auto resent = std::make_shared<std::optional<bool>>();
+        quendokit::resendEverything(controller_, guard, came, [resent](bool everything) { *resent = everything; });
+        if (!mainLoop_->runUntil([&] { return resent->has_value(); }, rest())) {
+            return timeIsUp();
+        }
+        if (auto failure = syncOnce()) {
+            return *std::move(failure);
+        }
+        if (**resent) {
+            identity.setMoved(cloud);
         }
     }
     const auto now = quendokit::platform::clock().now();

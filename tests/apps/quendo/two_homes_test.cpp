@@ -129,6 +129,48 @@ TEST_F(TwoHomes, ForgetTheAccountAndKeepTheReminders) {
     EXPECT_EQ(sync("a"), counts(0, 1, 0));
 }
 
+TEST_F(TwoHomes, TakeTheirRemindersToAnotherCloud) {
+    connectBoth();
+    const std::string id = answer("a", {"add", "Tea", "--mac"}).at("id");
+    answer("a", {"delete", answer("a", {"add", "Gone", "--mac"}).at("id")});
+    EXPECT_EQ(sync("a").at("uploaded"), 2);
+    ClouddProcess other(QUENDO_CLOUDD_PROGRAM);
+    const auto connect = [&](const std::string& name, const ClouddProcess::Tokens& tokens) {
+        answer(name, {"cloud", "connect", other.url(), "--container", container, "--token-file", tokenFile(tokens)});
+    };
+    connect("c", other.addUser("ann"));
+    const std::string there = answer("c", {"add", "Coffee", "--mac"}).at("id");
+    sync("c");
+    connect("a", other.addDevice("ann", "a"));
+    EXPECT_EQ(answer("a", {"sync"}).at("uploaded"), json::array({id}));
+    EXPECT_EQ(sync("a"), counts(0, 0, 0)) << "once is enough";
+    EXPECT_EQ(sync("c"), counts(0, 1, 0));
+    EXPECT_EQ(reminders("a"), reminders("c"));
+    EXPECT_EQ(answer("a", {"show", there}).at("title"), "Coffee");
+}
+
+TEST_F(TwoHomes, LoseNothingThatArrivesOnAFullDisk) {
+    connectBoth();
+    json all = json::array();
+    for (int i = 0; i < 2'000; ++i) {
+        all.push_back({{"title", std::string(200, 't')}, {"condition", {{"type", "device"}, {"device", "mac"}}}});
+    }
+    std::ofstream(home("many.json")) << all;
+    answer("a", {"import", home("many.json")});
+    sync("a");
+    // No file of this program may be larger than half a megabyte.
+    const std::string line =
+        "ulimit -f 1000; trap '' XFSZ; exec '" + std::string(QUENDO_PROGRAM) + "' --home '" + home("b") + "' sync";
+    const auto begin = std::chrono::steady_clock::now();
+    const ProgramResult full = quendokit::testing::runProgram({"bash", "-c", line});
+    EXPECT_EQ(full.code, 1) << full.errors;
+    EXPECT_EQ(full.output, "");
+    EXPECT_EQ(full.errors.find('\n'), full.errors.size() - 1) << full.errors;
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20)) << "it does not try for ever";
+    sync("b");
+    expectSame();
+}
+
 TEST_F(TwoHomes, GetEverythingBackAfterClear) {
     connectBoth();
     answer("a", {"add", "Tea", "--mac"});
