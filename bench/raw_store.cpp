@@ -49,6 +49,7 @@ RawStore::RawStore(const std::string& file, Syncs syncs) {
     anyMac_ = prepare(any + mac + "LIMIT 1");
     anyUpcoming_ = prepare(any + upcoming + "LIMIT 1");
     anyPassed_ = prepare(any + passed + "LIMIT 1");
+    confirm_ = prepare("UPDATE ReminderItem SET pending = 0 WHERE ID = ?");
     unsent_ = prepare("SELECT * FROM ReminderItem WHERE pending = 1 AND deleted = ?");
 }
 
@@ -88,6 +89,15 @@ void RawStore::confirmAll() {
     check(sqlite3_exec(database_, "UPDATE ReminderItem SET pending = 0 WHERE pending = 1", nullptr, nullptr, nullptr) ==
               SQLITE_OK,
           "confirm");
+}
+
+void RawStore::confirm(const std::vector<std::string>& ids) {
+    run(begin_);
+    for (const std::string& id : ids) {
+        sqlite3_bind_text(confirm_, 1, id.data(), static_cast<int>(id.size()), SQLITE_STATIC);
+        run(confirm_);
+    }
+    run(commit_);
 }
 
 std::vector<RawReminder> RawStore::list(double now) {

@@ -58,6 +58,8 @@ public:
     void postpone(const std::string& id, double date);
     /// Nothing is pending afterwards.
     void confirmAll();
+    /// These are sent; one transaction.
+    void confirm(const std::vector<std::string>& ids);
     /// Mac by title, upcoming by date, passed with the newest first, each from its index; at the time `now`.
     [[nodiscard]] std::vector<RawReminder> list(double now);
     [[nodiscard]] std::optional<RawReminder> find(const std::string& id);
@@ -96,6 +98,7 @@ private:
     sqlite3_stmt* anyMac_;
     sqlite3_stmt* anyUpcoming_;
     sqlite3_stmt* anyPassed_;
+    sqlite3_stmt* confirm_;
     sqlite3_stmt* unsent_;
 };
 
