@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ranges>
 #include <tuple>
 #include <utility>
 
@@ -307,11 +308,11 @@ void InMemoryRealm::keep(Table& table, const std::string& key) {
 }
 
 void InMemoryRealm::putBack() {
-    for (auto before = before_.rbegin(); before != before_.rend(); ++before) {
-        if (before->row) {
-            before->table->insert_or_assign(before->key, *std::move(before->row));
+    for (auto& before : std::views::reverse(before_)) {
+        if (before.row) {
+            before.table->insert_or_assign(before.key, *std::move(before.row));
         } else {
-            before->table->erase(before->key);
+            before.table->erase(before.key);
         }
     }
 }
