@@ -73,6 +73,12 @@ public:
 
     void beginPass();
 
+    void leaveCloud() {
+        const std::lock_guard lock(mutex_);
+        forgetSent();
+        store();
+    }
+
     [[nodiscard]] bool isIdle() const {
         const std::lock_guard lock(mutex_);
         return !isInPass_;
@@ -91,6 +97,11 @@ private:
     };
 
     void startPass();
+    /// Everything is read from the beginning then, and what this cloud does not have is not taken for something in it.
+    void forgetSent() {
+        copy_.token = std::nullopt;
+        std::erase_if(copy_.entries, [](const auto& entry) { return entry.second.unsentChange == 0; });
+    }
     void store() { settings_->set(keyValueCopyKey, web::renderCopy(copy_)); }
     void makeZone();
     void sendUnsent();
@@ -261,7 +272,7 @@ void CloudKeyValueStore::State::didFetch(const std::vector<Came>& changes,
         isFirst = !copy_.token;
         isExpired = error && isCKError(*error, CKErrorCode::changeTokenExpired) && copy_.token;
         if (isExpired) {
-            copy_.token = std::nullopt;
+            forgetSent();
         }
         if (!error) {
             for (const Came& change : changes) {
@@ -335,6 +346,10 @@ void CloudKeyValueStore::remove(std::string_view key) {
 bool CloudKeyValueStore::synchronize() {
     state_->beginPass();
     return true;
+}
+
+void CloudKeyValueStore::leaveCloud() {
+    state_->leaveCloud();
 }
 
 bool CloudKeyValueStore::isIdle() const {

@@ -44,6 +44,10 @@ public:
     void remove(std::string_view key) override;
     bool synchronize() override;
 
+    /// Forgets what came from the cloud and what was sent there, for a device that leaves it; what is unsent stays.
+    /// What is under way ends as it would have.
+    void leaveCloud();
+
     /// Whether no pass is under way or about to begin.
     [[nodiscard]] bool isIdle() const;
     /// Why the last pass that has ended did so early; absent when it did not, and when there was none.

@@ -211,6 +211,23 @@ TEST_F(SharedSettingsTest, WhatIsThereAlreadyAsksNobody) {
     EXPECT_TRUE(center->reasons.empty());
 }
 
+TEST_F(SharedSettingsTest, ADeviceThatLeavesKeepsWhatIsUnsentAlone) {
+    here.store->set("sent", true);
+    queue->runAll();
+    here.database->setFaults([] { return RequestFault{false, makeCKError(CKErrorCode::networkUnavailable, "off")}; });
+    here.store->set("unsent", true);
+    queue->runAll();
+    here.store->leaveCloud();
+    EXPECT_FALSE(here.store->object("sent"));
+    here.database = InMemoryCloudDatabase::create(std::make_shared<InMemoryCloud>(), queue);
+    here.restart();
+    EXPECT_FALSE(here.store->object("sent"));
+    expectHolds(*here.store, "unsent", true);
+    here.store->synchronize();
+    queue->runAll();
+    EXPECT_EQ(here.failures.size(), 1U) << "the one from before; the token of the other cloud is forgotten";
+}
+
 TEST_F(SharedSettingsTest, TellsWhenAPassHasEndedAndNoneFollows) {
     EXPECT_TRUE(here.store->isIdle());
     here.store->set("k", true);
