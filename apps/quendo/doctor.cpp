@@ -169,6 +169,11 @@ Finding cloudFinding(const Folders& folders, ExitCode& code) {
     if (!account) {
         return {"cloud", true, "none is connected"};
     }
+    // Two that ask at a time would take the token from each other.
+    const auto lock = LockFile::take(folders.lock(), std::chrono::seconds(0));
+    if (!lock) {
+        return {"cloud", true, account->url + " was not asked, because another quendo is at work"};
+    }
     if (auto failure = checkCloud(*account, file.tokens(), patienceForCloud)) {
         return {"cloud", false, std::move(failure->line)};
     }

@@ -108,6 +108,7 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
                                                         std::move(linuxPlatform.mainLoop), std::move(services)));
     session->warn_ = std::move(warn);
     session->settingsFailure_ = std::move(settingsFailure);
+    session->accountFailure_ = session->cloud_->file.takeFailure();
     return session;
 }
 
@@ -138,6 +139,16 @@ Outcome<Response> Session::execute(const Request& request) {
         }
         // The others go by the day plan that everyone begins with.
         warn_(settingsFailure_->line);
+    }
+    if (accountFailure_) {
+        const bool needsAccount =
+            std::holds_alternative<SyncRequest>(request) || std::holds_alternative<CloudStatusRequest>(request) ||
+            std::holds_alternative<CloudDisconnectRequest>(request) || std::holds_alternative<StatusRequest>(request);
+        if (needsAccount) {
+            return *accountFailure_;
+        }
+        // The others go on without a cloud. The file may have been put aside: the next command knows nothing of it.
+        warn_(accountFailure_->line);
     }
     return std::visit(
         [this](const auto& one) -> Outcome<Response> {

@@ -119,6 +119,8 @@ private:
     const Folders folders_;
     std::function<void(const std::string&)> warn_;
     std::optional<Failure> settingsFailure_;
+    /// Why it is not known which cloud is connected.
+    std::optional<Failure> accountFailure_;
     std::shared_ptr<Record> record_;
     std::unique_ptr<Cloud> cloud_;
     std::shared_ptr<quendokit::EventLoop> mainLoop_;

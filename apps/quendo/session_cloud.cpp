@@ -52,6 +52,7 @@ Session::Cloud::Cloud(const Folders& folders)
 void Session::Cloud::install(quendokit::platform::Services& services, const Folders& folders,
                              std::function<void(const quendokit::Error&)> onFailure,
                              const std::function<void(const std::string&)>& warn) {
+    dayPlan = std::make_unique<SharedDayPlan>(folders.sharedSettings(), services.mainQueue, std::move(onFailure));
     if (!account) {
         return;
     }
@@ -60,7 +61,6 @@ void Session::Cloud::install(quendokit::platform::Services& services, const Fold
     gate = quendokit::TokenGate::create(services.userDefaults, tokenKey, services.mainQueue);
     services.userDefaults = gate;
     services.containerProvider = guards;
-    dayPlan = std::make_unique<SharedDayPlan>(folders.sharedSettings(), services.mainQueue, std::move(onFailure));
     // What arrives is read on one of the cloud's threads.
     const auto warnOnMain = [queue = std::weak_ptr(services.mainQueue), warn](const std::string& line) {
         if (const auto main = queue.lock()) {
@@ -74,7 +74,7 @@ void Session::Cloud::install(quendokit::platform::Services& services, const Fold
 void Session::Cloud::forgetWhatWasRead() {
     quendokit::UserDefaults::standard().remove(tokenKey);
     record.forget();
-    dayPlan->forget();
+    dayPlan->leaveCloud();
 }
 
 Outcome<CloudConnected> Session::perform(const CloudConnectRequest& request) {
@@ -93,6 +93,9 @@ Outcome<CloudConnected> Session::perform(const CloudConnectRequest& request) {
     }
     cloud_->file.remember(account, token->webToken().value_or(request.webToken));
     if (auto failure = cloud_->file.takeFailure()) {
+        return *std::move(failure);
+    }
+    if (auto failure = takeFailure()) {
         return *std::move(failure);
     }
     return CloudConnected{account.url, account.container};

@@ -7,6 +7,7 @@
 #include "apps/quendo/session_cloud_internal.hpp"
 #include "apps/quendo/session_internal.hpp"
 #include "quendokit/options/options.hpp"
+#include "quendokit/platform/ubiquitous_key_value_store.hpp"
 
 namespace quendo {
 namespace {
@@ -47,10 +48,12 @@ Outcome<OptionsView> Session::changePlan(const std::function<void()>& change) {
         return *std::move(failure);
     }
     if (cloud_->account) {
-        shareChangesSince(before);
+        shareChangesSince(before, quendokit::NSUbiquitousKeyValueStore::defaultStore());
         if (const auto failure = shareDayPlan(std::chrono::steady_clock::now() + patienceForPlan)) {
             warn_("the day plan is changed here and goes to the other devices with the next sync: " + failure->line);
         }
+    } else {
+        keepUnsentUpToDate(*cloud_->dayPlan->store());
     }
     return viewOptions();
 }

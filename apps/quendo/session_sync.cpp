@@ -2,6 +2,7 @@
 /// One whole sync.
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <set>
 #include <string>
@@ -15,6 +16,7 @@
 #include "hostkit/intent_journal.hpp"
 #include "hostkit/sync_driver.hpp"
 #include "hostkit/two_step_changes.hpp"
+#include "quendokit/platform/ck_error.hpp"
 #include "quendokit/platform/realm.hpp"
 #include "quendokit/sync/reminder_record.hpp"
 #include "quendokit/sync/reminder_sync_manager.hpp"
@@ -22,6 +24,14 @@
 namespace quendo {
 
 using quendokit::Error;
+
+namespace {
+
+bool isExpired(const Error& error) {
+    return quendokit::isCKError(error, quendokit::CKErrorCode::changeTokenExpired);
+}
+
+}  // namespace
 
 std::optional<Failure> Session::openConnection() {
     if (cloud_->connection) {
@@ -63,16 +73,22 @@ Outcome<SyncAnswer> Session::sync(std::chrono::seconds patience) {
     const auto rest = [&] {
         return std::max<std::chrono::nanoseconds>(end - std::chrono::steady_clock::now(), std::chrono::seconds(0));
     };
+    if (!controller_ && !std::filesystem::exists(folders_.database())) {
+        // A token stands for what the database holds.
+        cloud_->gate->remove(Cloud::tokenKey);
+    }
     // Asked before there is a manager, which reads the token.
     quendokit::CloudIdentity identity(cloud_->gate, Cloud::tokenKey);
     const std::string cloud =
         cloud_->account->url + " " + cloud_->account->container + " " + cloud_->account->environment;
-    const bool isAnother = identity.isAnother(cloud);
+    bool isAnother = identity.isAnother(cloud);
     if (auto failure = openToSync()) {
         return *std::move(failure);
     }
     SyncAnswer answer;
+    // What this cloud has shown or taken by now.
     std::set<std::string> came;
+    std::set<std::string> confirmed;
     std::optional<Error> uploadError;
     std::optional<Error> downloadError;
     std::optional<Error> waits;
@@ -85,21 +101,48 @@ Outcome<SyncAnswer> Session::sync(std::chrono::seconds patience) {
         }
     });
     quendokit::SyncDriverEvents events;
-    events.uploadEnded = [&](const std::optional<Error>& error) { uploadError = error; };
-    events.downloadEnded = [&](const std::optional<Error>& error) { downloadError = error; };
+    events.uploadEnded = [&](const std::optional<Error>& error) {
+        uploadError = error;
+        waits = std::nullopt;
+        if (!error) {
+            cloud_->record.uploaded(quendokit::platform::clock().now());
+        }
+    };
+    events.downloadEnded = [&](const std::optional<Error>& error) {
+        downloadError = error;
+        waits = std::nullopt;
+        const bool isGone =
+            error && (isExpired(*error) || quendokit::isCKError(*error, quendokit::CKErrorCode::zoneNotFound));
+        if (isGone) {
+            // The zone was made anew, or the server was: what was confirmed then may be nowhere now.
+            identity.forget();
+            isAnother = true;
+        }
+    };
     events.waits = [&](const Error& error, std::chrono::nanoseconds) { waits = error; };
     events.reports = [&](const std::string& line) { warn_(line); };
     events.confirmed = [&](const std::vector<std::string>& ids) {
-        answer.uploaded.insert(answer.uploaded.end(), ids.begin(), ids.end());
+        for (const std::string& id : ids) {
+            came.insert(id);
+            if (confirmed.insert(id).second) {
+                answer.uploaded.push_back(id);
+            }
+        }
     };
+    // What was sent just now comes back, when everything is read from the beginning.
+    const auto isNews = [&](const std::string& id) { return came.insert(id).second || !confirmed.contains(id); };
     events.received = [&](const std::vector<quendokit::CKRecord>& records,
                           const std::vector<quendokit::CKRecordID>& deleted) {
         for (const auto& record : records) {
-            answer.received += quendokit::makeReminderStruct(record) ? 1 : 0;
-            came.insert(record.recordID().recordName);
+            const bool is = isNews(record.recordID().recordName);
+            answer.received += is && quendokit::makeReminderStruct(record) ? 1 : 0;
         }
-        answer.deleted += deleted.size();
+        for (const auto& id : deleted) {
+            answer.deleted += isNews(id.recordName) ? 1 : 0;
+        }
     };
+    // They speak of what is in this frame.
+    const std::shared_ptr<void> silence(nullptr, [&](void*) { guard->setEvents({}); });
     const auto driver = quendokit::SyncDriver::create(manager_, guard, {}, std::move(events));
     const auto timeIsUp = [&] {
         const std::string why = waits ? ": " + waits->description : "";
@@ -116,11 +159,14 @@ Outcome<SyncAnswer> Session::sync(std::chrono::seconds patience) {
                                                             folders_.log().string()};
     }
     const auto syncOnce = [&]() -> std::optional<Failure> {
-        // An upload goes before it.
-        manager_->remoteSync();
-        // A download would begin anew again and again while nothing can be stored.
-        if (!mainLoop_->runUntil([&] { return guard->isIdle() || hasFailure(); }, rest())) {
-            return timeIsUp();
+        // After a token that is not good any more everything is read from the beginning.
+        for (int i = 0; i == 0 || (i == 1 && downloadError && isExpired(*downloadError)); ++i) {
+            // An upload goes before it.
+            manager_->remoteSync();
+            // A download would begin anew again and again while nothing can be stored.
+            if (!mainLoop_->runUntil([&] { return guard->isIdle() || hasFailure(); }, rest())) {
+                return timeIsUp();
+            }
         }
         // What the last changes have queued: the token that is kept behind them.
         static_cast<void>(mainLoop_->runUntil([] { return false; }, std::chrono::nanoseconds(0)));

@@ -14,6 +14,7 @@
 
 #include <nlohmann/json.hpp>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include "tests/support/program.hpp"
@@ -45,6 +46,11 @@ public:
         if (process_ == 0) {
             // Also when the test is killed.
             prctl(PR_SET_PDEATHSIG, SIGKILL);
+            if (mostBytesOfAFile_ != RLIM_INFINITY) {
+                signal(SIGXFSZ, SIG_IGN);
+                const rlimit limit{mostBytesOfAFile_, mostBytesOfAFile_};
+                setrlimit(RLIMIT_FSIZE, &limit);
+            }
             execl(program_.c_str(), program_.c_str(), "serve", "--data", data().c_str(), "--listen", address.c_str(),
                   "--port-file", portFile.c_str(), static_cast<char*>(nullptr));
             _exit(127);
@@ -55,6 +61,19 @@ public:
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
         port_ = port;
+    }
+    /// Serves again, on a disk that takes no file of more than `bytes`.
+    void restartOnADiskOf(rlim_t bytes) {
+        stop();
+        mostBytesOfAFile_ = bytes;
+        start();
+        mostBytesOfAFile_ = RLIM_INFINITY;
+    }
+    /// Serves at the same address without anything that it held, users too.
+    void loseEverything() {
+        stop();
+        std::filesystem::remove_all(data());
+        start();
     }
     /// Asks it to end, and waits for that.
     void stop() {
@@ -86,6 +105,7 @@ private:
     const std::string program_;
     pid_t process_ = -1;
     std::string port_;
+    rlim_t mostBytesOfAFile_ = RLIM_INFINITY;
 };
 
 }  // namespace quendokit::testing

@@ -65,8 +65,9 @@ void AccountFile::remember(const quendokit::WebAccount& account, const std::stri
 }
 
 void AccountFile::forget() {
+    // Without an address there is no account. The file's backup is what it was before the last change: without tokens.
     for (const std::string_view key :
-         {urlKey, containerKey, environmentKey, apiTokenKey, clientKey, quendokit::webTokenKey}) {
+         {urlKey, quendokit::webTokenKey, apiTokenKey, containerKey, environmentKey, clientKey}) {
         settings_->remove(key);
     }
 }

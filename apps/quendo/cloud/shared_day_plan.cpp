@@ -13,6 +13,13 @@ namespace quendo {
 using quendokit::Error;
 using quendokit::NSUbiquitousKeyValueStore;
 
+namespace {
+
+// Stored format, beside the copy.
+constexpr std::string_view sharedAllKey = "cloud.shares-all";
+
+}  // namespace
+
 SharedDayPlan::SharedDayPlan(const std::filesystem::path& copy, std::shared_ptr<quendokit::DispatchQueue> mainQueue,
                              std::function<void(const Error&)> onFailure)
     : copy_(std::make_shared<quendokit::FileUserDefaults>(
@@ -30,8 +37,19 @@ void SharedDayPlan::begin(const std::shared_ptr<quendokit::CKDatabase>& database
     database_->open(database);
 }
 
-void SharedDayPlan::forget() {
-    copy_->remove(quendokit::keyValueCopyKey);
+void SharedDayPlan::leaveCloud() {
+    store_->leaveCloud();
+    copy_->remove(sharedAllKey);
+}
+
+bool SharedDayPlan::hasSharedAll() const {
+    const auto value = copy_->object(sharedAllKey);
+    const auto* has = value ? std::get_if<bool>(&*value) : nullptr;
+    return has != nullptr && *has;
+}
+
+void SharedDayPlan::setSharedAll() {
+    copy_->set(sharedAllKey, true);
 }
 
 StoredDayPlan storedDayPlan() {
@@ -44,21 +62,46 @@ StoredDayPlan storedDayPlan() {
     return plan;
 }
 
-void shareChangesSince(const StoredDayPlan& before) {
-    for (auto& [key, value] : storedDayPlan()) {
+void shareChangesSince(const StoredDayPlan& before, NSUbiquitousKeyValueStore& shared) {
+    StoredDayPlan plan = storedDayPlan();
+    for (const auto& [key, old] : before) {
+        if (!plan.contains(key)) {
+            shared.remove(key);
+        }
+    }
+    for (auto& [key, value] : plan) {
         const auto old = before.find(key);
         if (old == before.end() || old->second != value) {
-            NSUbiquitousKeyValueStore::defaultStore().set(key, value);
+            shared.set(key, std::move(value));
         }
     }
 }
 
-bool shareWhatIsOnlyHere() {
-    bool isShared = false;
-    auto& shared = NSUbiquitousKeyValueStore::defaultStore();
+void keepUnsentUpToDate(NSUbiquitousKeyValueStore& shared) {
     for (auto& [key, value] : storedDayPlan()) {
-        if (!shared.object(key)) {
-            shared.set(key, value);
+        if (shared.object(key)) {
+            shared.set(key, std::move(value));
+        }
+    }
+}
+
+void takeOverWhatIsShared(const NSUbiquitousKeyValueStore& shared) {
+    const StoredDayPlan plan = storedDayPlan();
+    for (const std::string_view key : quendokit::OptionKeys::All) {
+        auto value = shared.object(key);
+        const auto own = plan.find(key);
+        if (value && (own == plan.end() || own->second != *value)) {
+            quendokit::UserDefaults::standard().set(key, *std::move(value));
+        }
+    }
+}
+
+bool shareWhatIsOnlyHere(NSUbiquitousKeyValueStore& shared, bool hasSharedAll) {
+    bool isShared = false;
+    for (auto& [key, value] : storedDayPlan()) {
+        const bool isRemoved = hasSharedAll && key == quendokit::OptionKeys::MacAppPurchased;
+        if (!shared.object(key) && !isRemoved) {
+            shared.set(key, std::move(value));
             isShared = true;
         }
     }

@@ -35,8 +35,12 @@ public:
     /// Why it was not brought there or back the last time; absent when it was.
     [[nodiscard]] std::optional<quendokit::Error> lastError() const { return store_->lastError(); }
 
-    /// Another cloud knows nothing of this one's. For a home that leaves its cloud.
-    void forget();
+    /// For a home that leaves its cloud: another one knows nothing of what this one has. What is unsent stays unsent.
+    void leaveCloud();
+
+    /// Whether everything that was set here before there was this cloud is in it.
+    [[nodiscard]] bool hasSharedAll() const;
+    void setSharedAll();
 
 private:
     const std::shared_ptr<quendokit::UserDefaults> copy_;
@@ -49,12 +53,19 @@ using StoredDayPlan = std::map<std::string_view, quendokit::PropertyValue>;
 
 [[nodiscard]] StoredDayPlan storedDayPlan();
 
-/// Gives the shared settings what has changed since the plan was `before`. The engine does so as well, seconds later:
-/// a command may have ended by then.
-void shareChangesSince(const StoredDayPlan& before);
+/// Gives `shared` what has changed in the settings since the plan was `before`. The engine does so as well, seconds
+/// later, but for what was removed: a command may have ended by then.
+void shareChangesSince(const StoredDayPlan& before, quendokit::NSUbiquitousKeyValueStore& shared);
+/// The same for what waits in `shared` to be sent, alone: for a home that has left its cloud.
+void keepUnsentUpToDate(quendokit::NSUbiquitousKeyValueStore& shared);
 
-/// Gives the shared settings what this device has and nobody else: it was set before there was a cloud. False when
-/// there is nothing of the kind. Only after everything has come from there.
-bool shareWhatIsOnlyHere();
+/// Puts into the settings what `shared` has and they have not: the program may have ended, or the disk been full, when
+/// it came.
+void takeOverWhatIsShared(const quendokit::NSUbiquitousKeyValueStore& shared);
+
+/// Gives `shared` what this device has and nobody else: it was set before there was a cloud, or the cloud has lost it.
+/// False when there is nothing of the kind. Only after everything has come from there. `hasSharedAll`: what can be
+/// removed was shared before, and somebody has removed it.
+bool shareWhatIsOnlyHere(quendokit::NSUbiquitousKeyValueStore& shared, bool hasSharedAll);
 
 }  // namespace quendo

@@ -1,6 +1,7 @@
 /// \file
 /// One day plan in two homes.
 
+#include <filesystem>
 #include <fstream>
 
 #include "apps/quendo/cloud/deferred_database.hpp"
@@ -92,6 +93,51 @@ TEST_F(SharedDayPlanTest, IsNotFetchedByCommandsThatOnlyRead) {
     answer("b", {"presets"});
 }
 
+TEST_F(SharedDayPlanTest, ThatCouldNotBeWrittenWhenItCameIsTakenOverLater) {
+    connectBoth();
+    std::filesystem::copy_file(home("b") + "/settings.json", home("settings-before"));
+    set("a", "evening", "19:30");
+    sync("b");
+    EXPECT_EQ(option("b", "evening"), 70'200);
+    // As after a crash between the two files, or from a backup.
+    std::filesystem::copy_file(home("settings-before"), home("b") + "/settings.json",
+                               std::filesystem::copy_options::overwrite_existing);
+    EXPECT_EQ(option("b", "evening"), 64'800);
+    sync("b");
+    EXPECT_EQ(option("b", "evening"), 70'200);
+    sync("a");
+    EXPECT_EQ(option("a", "evening"), 70'200);
+}
+
+TEST_F(SharedDayPlanTest, ThatIsUnsentSurvivesLeavingTheCloud) {
+    connectBoth();
+    set("a", "evening", "21:00");
+    server->stop();
+    EXPECT_EQ(run("a", {"options", "set", "evening", "22:00"}).code, 0);
+    answer("a", {"cloud", "disconnect"});
+    // Changed once more while there is no cloud.
+    set("a", "evening", "22:30");
+    server->start();
+    answer("a", connecting(server->addDevice("ann", "a again")));
+    sync("a");
+    EXPECT_EQ(option("a", "evening"), 81'000);
+    sync("b");
+    EXPECT_EQ(option("b", "evening"), 81'000);
+}
+
+TEST_F(SharedDayPlanTest, WhatIsRemovedDoesNotComeBack) {
+    connectBoth();
+    set("a", "has-mac-app", "true");
+    sync("b");
+    set("a", "has-mac-app", "none");
+    sync("b");
+    EXPECT_EQ(option("b", "has-mac-app"), true) << "others keep what they have";
+    set("b", "evening", "19:30");
+    sync("a");
+    EXPECT_EQ(option("a", "evening"), 70'200);
+    EXPECT_TRUE(option("a", "has-mac-app").is_null());
+}
+
 TEST_F(SharedDayPlanTest, IsReadAnewFromAnotherCloud) {
     connectBoth();
     set("a", "evening", "19:30");
@@ -125,8 +171,8 @@ TEST_F(SharedDayPlanTest, ThatWouldEndTheProgramIsLeftAside) {
     EXPECT_EQ(option("b", "first-workday"), 2);
     EXPECT_EQ(option("b", "evening"), 68'400);
     // Whoever sets it again heals it everywhere.
-    set("b", "first-workday", "sunday");
-    sync("a");
+    EXPECT_EQ(run("b", {"options", "set", "first-workday", "sunday"}).code, 0);
+    EXPECT_EQ(run("a", {"sync"}).code, 0);
     EXPECT_EQ(option("a", "first-workday"), 1);
 }
 

@@ -1,6 +1,7 @@
 /// \file
 /// Two homes of one person and a server of their own, over real sockets.
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -84,6 +85,83 @@ TEST_F(TwoHomes, SendMoreThanOneRequestHolds) {
     expectSame();
 }
 
+TEST_F(TwoHomes, SendMoreThanOneRequestHoldsWithTheirFirstSync) {
+    json all = json::array();
+    for (int i = 0; i < 450; ++i) {
+        all.push_back({{"title", "Tea"}, {"condition", {{"type", "device"}, {"device", "mac"}}}});
+    }
+    std::ofstream(home("many.json")) << all;
+    answer("a", {"import", home("many.json")});
+    answer("a", connecting(tokens_.at("a")));
+    EXPECT_EQ(sync("a"), counts(450, 0, 0)) << "each once, and no echo";
+    EXPECT_EQ(sync("a"), counts(0, 0, 0));
+    answer("b", connecting(tokens_.at("b")));
+    EXPECT_EQ(sync("b"), counts(0, 450, 0));
+    expectSame();
+}
+
+TEST_F(TwoHomes, SendEverythingToAServerThatWasMadeAnew) {
+    connectBoth();
+    const std::string id = answer("a", {"add", "Tea", "--mac"}).at("id");
+    EXPECT_EQ(sync("a"), counts(1, 0, 0));
+    answer("a", {"options", "set", "evening", "19:30"});
+    server->loseEverything();
+    answer("a", connecting(server->addUser("ann")));
+    EXPECT_EQ(answer("a", {"sync"}).at("uploaded"), json::array({id}));
+    EXPECT_EQ(sync("a"), counts(0, 0, 0));
+    answer("c", connecting(server->addDevice("ann", "c")));
+    EXPECT_EQ(sync("c"), counts(0, 1, 0));
+    EXPECT_EQ(reminders("a"), reminders("c"));
+    EXPECT_EQ(answer("c", {"options"}).at("evening"), 70'200);
+}
+
+TEST_F(TwoHomes, GetEverythingBackWhoseDatabaseIsGone) {
+    connectBoth();
+    answer("a", {"add", "Tea", "--mac"});
+    EXPECT_EQ(sync("a"), counts(1, 0, 0));
+    for (const char* suffix : {"", "-wal", "-shm"}) {
+        std::filesystem::remove(home("a") + "/reminders.sqlite" + suffix);
+    }
+    EXPECT_EQ(sync("a"), counts(0, 1, 0));
+}
+
+TEST_F(TwoHomes, KeepWhatAServerWithAFullDiskDoesNotTake) {
+    connectBoth();
+    json all = json::array();
+    for (int i = 0; i < 1'500; ++i) {
+        all.push_back({{"title", std::string(300, 't')}, {"condition", {{"type", "device"}, {"device", "mac"}}}});
+    }
+    std::ofstream(home("many.json")) << all;
+    answer("a", {"import", home("many.json")});
+    server->restartOnADiskOf(400'000);
+    expectOneLine(run("a", {"sync", "--timeout", "5"}), 5, "quendo: ");
+    EXPECT_GT(answer("a", {"status"}).at("unsent"), 0);
+    server->stop();
+    server->start();
+    sync("a");
+    EXPECT_EQ(answer("a", {"status"}).at("unsent"), 0);
+    sync("b");
+    expectSame();
+}
+
+TEST_F(TwoHomes, SayThatTheFileOfTheirAccountIsDamaged) {
+    connectBoth();
+    const auto damage = [&] {
+        for (const char* name : {"/cloud.json", "/cloud.json.backup"}) {
+            std::ofstream(home("a") + name) << "{";
+        }
+    };
+    for (const auto& words :
+         std::vector<std::vector<std::string>>{{"sync"}, {"status"}, {"cloud", "status"}, {"cloud", "disconnect"}}) {
+        damage();
+        expectOneLine(run("a", words), 4, "cloud.json");
+    }
+    damage();
+    const ProgramResult added = run("a", {"add", "Tea", "--mac"});
+    EXPECT_EQ(added.code, 0);
+    EXPECT_THAT(added.errors, HasSubstr("cloud.json"));
+}
+
 TEST_F(TwoHomes, AreNotConnectedWithAWrongToken) {
     ClouddProcess::Tokens wrong = tokens_.at("a");
     wrong.web.back() = wrong.web.back() == 'A' ? 'B' : 'A';
@@ -124,6 +202,13 @@ TEST_F(TwoHomes, ForgetTheAccountAndKeepTheReminders) {
     EXPECT_EQ(answer("a", {"cloud", "disconnect"}), (json{{"connected", false}}));
     EXPECT_EQ(reminders("a").size(), 1U);
     EXPECT_EQ(answer("a", {"cloud", "status"}), (json{{"connected", false}}));
+    for (const auto& file : std::filesystem::recursive_directory_iterator(home("a"))) {
+        std::ifstream stream(file.path());
+        std::stringstream text;
+        text << stream.rdbuf();
+        EXPECT_THAT(text.str(), Not(HasSubstr("web-token"))) << file.path();
+        expectNoSecret(text.str());
+    }
     // Connected anew, it reads everything from the beginning.
     answer("a", connecting(server->addDevice("ann", "a again")));
     EXPECT_EQ(sync("a"), counts(0, 1, 0));
