@@ -32,7 +32,7 @@ public:
               std::shared_ptr<DispatchQueue> mainQueue);
 
     /// Called on the main thread before a token is made durable: what it stands for has to be durable by then. False
-    /// drops the token. Absent: it is.
+    /// drops the token. Absent: it is. Set by `GuardedCloudDatabase::setTokenGate`; main thread.
     void setSettle(std::function<bool()> settle);
 
     /// A write of the database failed: a token that is not durable yet is dropped. Downloads that began with it have to

@@ -25,8 +25,8 @@ struct Session::Cloud {
 
     explicit Cloud(const Folders& folders);
 
-    /// Puts itself into `services`, if there is an account. `onFailure` hears of its files, on any thread; `warn`, on
-    /// the main thread, of settings from elsewhere that cannot be used.
+    /// Makes the day plan's way, and puts itself into `services`, if there is an account. `onFailure` hears of its
+    /// files, on any thread; `warn`, on the main thread, of settings from elsewhere that cannot be used.
     void install(quendokit::platform::Services& services, const Folders& folders,
                  std::function<void(const quendokit::Error&)> onFailure,
                  const std::function<void(const std::string&)>& warn);
