@@ -64,6 +64,8 @@ public:
     /// still queued; then behind it. An upload that holds one of them is taken back before: its completion is an error,
     /// and everything in it stays unsent. The host makes every change of stored reminders through this.
     void perform(std::vector<std::string> ids, std::function<void()> change);
+    /// Whether something that the cloud said is still queued: `perform` may run later then.
+    [[nodiscard]] bool isStoring() const noexcept { return !queued_.empty(); }
 
     /// A write of the reminders' database has failed: what was downloaded since the last durable token is downloaded
     /// again, also what is on its way. Without a token gate it changes nothing.

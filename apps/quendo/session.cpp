@@ -7,6 +7,7 @@
 
 #include "adapters/event_loop/event_loop.hpp"
 #include "adapters/linux/linux_platform.hpp"
+#include "apps/quendo/cloud/reminder_mirror.hpp"
 #include "apps/quendo/identifiers.hpp"
 #include "apps/quendo/locale_folder.hpp"
 #include "apps/quendo/log_file.hpp"
@@ -199,7 +200,9 @@ std::optional<Failure> Session::openDatabase() {
 }
 
 std::optional<Failure> Session::finishLeftovers() {
-    auto failure = takeFailure(twoSteps_->finishLeftovers());
+    std::optional<quendokit::Error> error;
+    change({}, [&] { error = twoSteps_->finishLeftovers(); });
+    auto failure = takeFailure(error);
     if (failure) {
         failure->line = "an earlier change could not be finished: " + failure->line;
     }

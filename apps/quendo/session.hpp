@@ -24,6 +24,8 @@ class TwoStepChanges;
 
 namespace quendo {
 
+class ReminderMirror;
+
 /// The reminders and the day plan of one person, who asks by requests: holds the lock and installs the engine's
 /// services for its lifetime, and opens the database with the first request that needs it. One thread.
 class Session {
@@ -77,6 +79,8 @@ private:
     // session_sync.cpp
     [[nodiscard]] Outcome<SyncAnswer> perform(const SyncRequest& request);
     [[nodiscard]] Outcome<SyncAnswer> sync(std::chrono::seconds patience);
+    [[nodiscard]] std::optional<Failure> syncBothWays(std::chrono::steady_clock::time_point end,
+                                                      const std::function<Failure()>& timeIsUp);
     // session_transfer.cpp
     [[nodiscard]] Outcome<std::vector<TransferEntry>> perform(const ExportRequest& request);
     [[nodiscard]] Outcome<ImportAnswer> perform(const ImportRequest& request);
@@ -92,6 +96,8 @@ private:
     [[nodiscard]] std::optional<Failure> openConnection();
     /// The same with a sync manager, for a session that has not opened it.
     [[nodiscard]] std::optional<Failure> openToSync();
+    /// Ends everything between the reminders and the cloud; the next request opens the database again.
+    void stopMirror();
     [[nodiscard]] std::optional<Failure> finishLeftovers();
 
     /// What went wrong with the files since the last call; the engine itself reports no errors.
@@ -115,6 +121,9 @@ private:
         const std::vector<ReminderView>& chosen, const char* doneWord,
         const std::function<std::optional<quendokit::Error>(const ReminderView&)>& change);
 
+    /// Makes every change of stored reminders: with a cloud, by its guard. Nothing of the cloud's may be queued.
+    void change(std::vector<std::string> ids, const std::function<void()>& change);
+
     LockFile lock_;
     const Folders folders_;
     std::function<void(const std::string&)> warn_;
@@ -131,6 +140,8 @@ private:
     std::shared_ptr<quendokit::ReminderSyncManager> manager_;
     std::shared_ptr<quendokit::ReminderController> controller_;
     std::unique_ptr<quendokit::TwoStepChanges> twoSteps_;
+    /// Only of a session that syncs.
+    std::unique_ptr<ReminderMirror> mirror_;
 };
 
 /// The request's own answer.

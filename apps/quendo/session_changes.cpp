@@ -41,7 +41,9 @@ Outcome<ReminderView> Session::perform(const EditRequest& request) {
     // Under another condition it was not presented yet.
     const ReminderStruct edited(before.id, request.title.value_or(before.title), !request.when && before.shown,
                                 request.when ? conditionOf(*request.when, std::nullopt) : before.condition);
-    if (auto failure = takeFailure(twoSteps_->edit(edited))) {
+    std::optional<Error> error;
+    change({before.id}, [&] { error = twoSteps_->edit(edited); });
+    if (auto failure = takeFailure(error)) {
         return *std::move(failure);
     }
     return stored(before.id, edited);
@@ -65,14 +67,19 @@ Outcome<std::vector<ReminderView>> Session::perform(const PostponeRequest& reque
         const ReminderStruct reminder(view.id, view.title, view.shown, condition);
         if (view.shown && condition.deviceType()) {
             // A shown one would count as passed there and never be presented.
-            auto id = twoSteps_->replace(view.id, ReminderStruct(view.title, condition));
-            if (!id) {
-                return id.error();
-            }
-            answer.push_back(stored(id.value(), ReminderStruct(view.title, condition)));
-            return std::nullopt;
+            const ReminderStruct successor(view.title, condition);
+            std::optional<Error> error;
+            change({view.id}, [&] {
+                const auto id = twoSteps_->replace(view.id, successor);
+                if (id) {
+                    answer.push_back(stored(id.value(), successor));
+                } else {
+                    error = id.error();
+                }
+            });
+            return error;
         }
-        controller_->postpone(reminder, condition);
+        change({view.id}, [&] { controller_->postpone(reminder, condition); });
         answer.push_back(stored(view.id, reminder));
         return std::nullopt;
     };
@@ -93,13 +100,15 @@ Outcome<SeenAnswer> Session::perform(const SeenRequest& request) {
     }
     // They were read in this very session, which holds the lock: nothing newer is replaced.
     std::vector<ReminderStruct> unseen;
+    std::vector<std::string> ids;
     for (const ReminderView& view : chosen.value()) {
         if (!view.shown) {
+            ids.push_back(view.id);
             unseen.emplace_back(view.id, view.title, view.shown, view.condition);
         }
     }
     if (!unseen.empty()) {
-        controller_->markSeen(unseen);
+        change(std::move(ids), [&] { controller_->markSeen(unseen); });
     }
     if (auto failure = takeFailure()) {
         return *std::move(failure);

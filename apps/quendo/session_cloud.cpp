@@ -3,7 +3,9 @@
 
 #include <utility>
 
+#include "adapters/event_loop/event_loop.hpp"
 #include "apps/quendo/cloud/cloud_check.hpp"
+#include "apps/quendo/cloud/reminder_mirror.hpp"
 #include "apps/quendo/session_cloud_internal.hpp"
 #include "apps/quendo/session_internal.hpp"
 #include "hostkit/guarded_key_value_store.hpp"
@@ -84,9 +86,13 @@ Outcome<CloudConnected> Session::perform(const CloudConnectRequest& request) {
     account.environment = request.environment;
     account.apiToken = request.apiToken;
     const auto token = std::make_shared<TriedToken>(request.webToken);
-    if (auto failure = checkCloud(account, token, request.patience)) {
+    const auto wait = [&](const std::function<bool()>& isDone, std::chrono::seconds patience) {
+        static_cast<void>(mainLoop_->runUntil(isDone, patience));
+    };
+    if (auto failure = checkCloud(account, token, request.patience, wait, [loop = mainLoop_] { loop->async([] {}); })) {
         return *std::move(failure);
     }
+    stopMirror();
     if (cloud_->account && (cloud_->account->url != account.url || cloud_->account->container != account.container ||
                             cloud_->account->environment != account.environment)) {
         cloud_->forgetWhatWasRead();
@@ -137,6 +143,7 @@ Outcome<CloudDisconnected> Session::perform(const CloudDisconnectRequest&) {
     if (!cloud_->account) {
         return Failure{ExitCode::notDone, "no cloud is connected"};
     }
+    stopMirror();
     cloud_->file.forget();
     if (auto failure = cloud_->file.takeFailure()) {
         return *std::move(failure);

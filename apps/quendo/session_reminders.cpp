@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "apps/quendo/cloud/reminder_mirror.hpp"
 #include "apps/quendo/session_cloud_internal.hpp"
 #include "apps/quendo/session_internal.hpp"
 #include "quendokit/platform/realm.hpp"
@@ -19,7 +20,7 @@ Outcome<ReminderView> Session::perform(const AddRequest& request) {
     }
     const ReminderStruct reminder(request.title, conditionOf(request.when, std::nullopt));
     scheduler_->lastScheduled.reset();
-    controller_->store(reminder);
+    change({}, [&] { controller_->store(reminder); });
     if (auto failure = takeFailure()) {
         return *std::move(failure);
     }
@@ -56,7 +57,8 @@ Outcome<std::vector<ReminderView>> Session::perform(const DeleteRequest& request
         return chosen;
     }
     const auto remove = [&](const ReminderView& view) {
-        controller_->delete_(ReminderStruct(view.id, view.title, view.shown, view.condition));
+        change({view.id},
+               [&] { controller_->delete_(ReminderStruct(view.id, view.title, view.shown, view.condition)); });
         return std::nullopt;
     };
     if (auto failure = changeEach(chosen.value(), "deleted", remove)) {
@@ -92,7 +94,10 @@ Outcome<ClearAnswer> Session::perform(const ClearRequest&) {
     }
     // With the next sync all of them are read anew.
     quendokit::UserDefaults::standard().remove(Cloud::tokenKey);
-    controller_->clearRealm();
+    change({}, [&] { controller_->clearRealm(); });
+    if (mirror_) {
+        mirror_->readFromTheBeginning();
+    }
     if (auto failure = takeFailure()) {
         return *std::move(failure);
     }

@@ -7,6 +7,7 @@
 #include "apps/quendo/session_internal.hpp"
 #include "quendokit/platform/realm.hpp"
 #include "quendokit/store/reminder_controller_internal.hpp"
+#include "quendokit/sync/reminder_sync_manager.hpp"
 
 namespace quendo {
 namespace {
@@ -63,18 +64,31 @@ Outcome<ImportAnswer> Session::perform(const ImportRequest& request) {
         return *std::move(failure);
     }
     ImportAnswer answer;
-    const auto error = realm_->write([&] {
-        for (const TransferEntry& entry : request.entries) {
-            if (entry.id && deleted.contains(*entry.id)) {
-                answer.leftOut.push_back(entry.title);
-            } else {
-                realm_->add(itemOf(entry), true);
-                ++answer.imported;
-            }
+    std::vector<std::string> ids;
+    for (const TransferEntry& entry : request.entries) {
+        if (entry.id) {
+            ids.push_back(*entry.id);
         }
+    }
+    std::optional<quendokit::Error> error;
+    change(std::move(ids), [&] {
+        error = realm_->write([&] {
+            for (const TransferEntry& entry : request.entries) {
+                if (entry.id && deleted.contains(*entry.id)) {
+                    answer.leftOut.push_back(entry.title);
+                } else {
+                    realm_->add(itemOf(entry), true);
+                    ++answer.imported;
+                }
+            }
+        });
     });
     if (auto failure = takeFailure(error)) {
         return *std::move(failure);
+    }
+    if (manager_) {
+        // The engine was not asked, and so does not ask itself.
+        manager_->requireSync();
     }
     return answer;
 }
