@@ -14,6 +14,7 @@
 #include "hostkit/tell_internal.hpp"
 #include "hostkit/token_gate.hpp"
 #include "hostkit/upload_job_internal.hpp"
+#include "quendokit/platform/ck_error.hpp"
 #include "quendokit/platform/realm.hpp"
 #include "quendokit/platform/services.hpp"
 #include "quendokit/store/reminder_store.hpp"
@@ -33,7 +34,8 @@ GuardedCloudDatabase::GuardedCloudDatabase(PrivateTag, std::shared_ptr<CKDatabas
       mainQueue_(platform::services().mainQueue),
       quarantine_(std::make_unique<UploadQuarantine>()),
       confirmations_(std::make_unique<RecentConfirmations>()),
-      wait_(std::make_unique<NetworkWait>(options_.jitter)) {}
+      wait_(std::make_unique<NetworkWait>(options_.jitter)),
+      storeWait_(std::make_unique<NetworkWait>(options_.jitter)) {}
 
 GuardedCloudDatabase::~GuardedCloudDatabase() = default;
 
@@ -67,6 +69,7 @@ void GuardedCloudDatabase::writeFailed() {
     if (!gate_) {
         return;
     }
+    failedWhileStoring_ = !queued_.empty();
     gate_->writeFailed();
     lastTokens_.clear();
     const auto restart = [this](const Job& job) { this->restart(*job); };
@@ -316,6 +319,7 @@ void GuardedCloudDatabase::answer(std::vector<std::string> ids, CloudJob& job) {
             return;
         }
         static_cast<void>(self->makeDurable());
+        self->stored();
         self->confirmations_->setHeard(heard);
         for (const std::string& id : ids) {
             const auto found = self->queued_.find(id);
@@ -328,6 +332,22 @@ void GuardedCloudDatabase::answer(std::vector<std::string> ids, CloudJob& job) {
             self->confirmations_->forgetHeard();
         }
     });
+}
+
+void GuardedCloudDatabase::stored() {
+    if (!std::exchange(failedWhileStoring_, false)) {
+        failedStores_ = 0;
+        static_cast<void>(storeWait_->end());
+        return;
+    }
+    // The same page comes again at once, when more was announced. On a disk that stays full it would for ever.
+    if (++failedStores_ > 1) {
+        storeWait_->begin(makeCKError(CKErrorCode::internalError, "Nothing can be stored."), [weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->advance();
+            }
+        });
+    }
 }
 
 void GuardedCloudDatabase::perform(std::vector<std::string> ids, std::function<void()> change) {

@@ -135,6 +135,8 @@ private:
     void answer(std::vector<std::string> ids, CloudJob& job);
     [[nodiscard]] std::set<std::string> unsentIDs() const;
     [[nodiscard]] std::shared_ptr<ReminderStore> store() const;
+    /// What was handed to the engine is stored, or could not be.
+    void stored();
     /// Whether everything that was written is durable.
     bool makeDurable();
 
@@ -144,6 +146,8 @@ private:
     const std::unique_ptr<UploadQuarantine> quarantine_;
     const std::unique_ptr<RecentConfirmations> confirmations_;
     const std::unique_ptr<NetworkWait> wait_;
+    /// Between downloads while nothing can be stored.
+    const std::unique_ptr<NetworkWait> storeWait_;
     CloudGuardEvents events_;
     std::weak_ptr<ReminderSyncManager> manager_;
     std::shared_ptr<TokenGate> gate_;
@@ -163,6 +167,9 @@ private:
     std::set<CKRecordZoneID> replayed_;
     /// Whether it is still to be told that a write has failed.
     bool tellsOfFailedWrite_ = false;
+    /// Whether one has failed since something from the cloud was stored, and how many times in a row that was so.
+    bool failedWhileStoring_ = false;
+    int failedStores_ = 0;
     /// How many downloads have ended.
     std::uint64_t downloads_ = 0;
 };

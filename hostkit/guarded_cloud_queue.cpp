@@ -70,7 +70,10 @@ void GuardedCloudDatabase::enqueueDownload(const std::shared_ptr<DownloadJob>& d
 
 void GuardedCloudDatabase::advance() {
     while (!waitsBecause() && (running_.empty() || !options_.oneAtATime)) {
-        const auto next = std::find_if(queue_.begin(), queue_.end(), [](const Job& job) { return job->isReady(); });
+        const auto next = std::find_if(queue_.begin(), queue_.end(), [this](const Job& job) {
+            const bool isHeldBack = storeWait_->because() && dynamic_cast<DownloadJob*>(job.get()) != nullptr;
+            return job->isReady() && !isHeldBack;
+        });
         if (next == queue_.end()) {
             return;
         }
@@ -186,7 +189,8 @@ const std::optional<Error>& GuardedCloudDatabase::waitsBecause() const noexcept 
 }
 
 void GuardedCloudDatabase::retryNow() {
-    if (wait_->end()) {
+    const bool waited = wait_->end();
+    if (storeWait_->end() || waited) {
         advance();
     }
 }

@@ -76,5 +76,56 @@ TEST_F(GuardDurability, AChangeOfTheHostsIsDurableByItself) {
     EXPECT_EQ(committed(), (Lines{"make durable", "change"}));
 }
 
+/// A device whose database takes nothing for a while.
+class GuardOnAFullDisk : public GuardDurability {
+protected:
+    /// Two pages are announced; what came of them cannot be stored. Answers the lines since.
+    Lines failToStore() {
+        answerDownloadWithoutMain({{record("a"), record("b")}, token("T1"), true});
+        // Within the turn of the records.
+        mainQueue->runNext();
+        database->writeFailed();
+        mainQueue->runAll();
+        return downloads();
+    }
+    Lines downloads() {
+        Lines lines = taken();
+        std::erase_if(lines, [](const std::string& line) { return !line.starts_with("download"); });
+        return lines;
+    }
+};
+
+TEST_F(GuardOnAFullDisk, APageThatCannotBeStoredIsNotReadAgainAndAgainAtOnce) {
+    guardDownload();
+    EXPECT_EQ(failToStore(), Lines{"download from T0"}) << "the first time at once";
+    for (const auto wait : {std::chrono::seconds(1), std::chrono::seconds(2), std::chrono::seconds(4)}) {
+        SCOPED_TRACE(wait.count());
+        EXPECT_EQ(failToStore(), Lines{});
+        mainLoop->advanceBy(wait - std::chrono::milliseconds(1));
+        mainQueue->runAll();
+        EXPECT_EQ(downloads(), Lines{});
+        mainLoop->advanceBy(std::chrono::milliseconds(1));
+        mainQueue->runAll();
+        EXPECT_EQ(downloads(), Lines{"download from T0"});
+    }
+}
+
+TEST_F(GuardOnAFullDisk, AfterAPageThatWasStoredTheNextFailureIsAFirstOne) {
+    guardDownload();
+    EXPECT_EQ(failToStore(), Lines{"download from T0"});
+    answerDownload({{record("a")}, token("T1"), true});
+    taken();
+    EXPECT_EQ(failToStore().size(), 1U);
+}
+
+TEST_F(GuardOnAFullDisk, ANetworkThatIsBackOrAPersonWhoAsksEndsTheWait) {
+    guardDownload();
+    failToStore();
+    EXPECT_EQ(failToStore(), Lines{});
+    database->retryNow();
+    mainQueue->runAll();
+    EXPECT_EQ(downloads(), Lines{"download from T0"});
+}
+
 }  // namespace
 }  // namespace quendokit::testing
