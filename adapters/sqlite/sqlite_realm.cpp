@@ -110,18 +110,21 @@ std::optional<Error> SQLiteRealm::makeDurable() {
     if (!isDeferred_ || writing_ || readDepth_ > 0) {
         return std::nullopt;
     }
-    isDeferred_ = false;
     auto failure = connection_->execute("PRAGMA synchronous = FULL");
-    if (!failure && std::exchange(hasDeferred_, false)) {
+    if (!failure && hasDeferred_) {
         // A commit syncs the whole log with it; this one changes nothing.
         const auto version = connection_->integer("PRAGMA user_version");
         failure = version ? connection_->execute("PRAGMA user_version = " + std::to_string(version.value()))
                           : version.error();
     }
     if (failure) {
+        // It stays deferred, and the next call tries again.
         report(*failure);
+        return failure;
     }
-    return failure;
+    isDeferred_ = false;
+    hasDeferred_ = false;
+    return std::nullopt;
 }
 
 void SQLiteRealm::read(const std::function<void()>& reads) const {

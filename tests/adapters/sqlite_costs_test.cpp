@@ -124,6 +124,18 @@ TEST_F(SQLiteCosts, WritesWhoseDurabilityIsDeferredShareOneSync) {
     EXPECT_EQ(shim_.syncCount() - before, 2U);
 }
 
+TEST_F(SQLiteCosts, WhatCouldNotBeMadeDurableIsTriedAgain) {
+    realm_->deferDurability();
+    controller_->store(ReminderStruct("one", ReminderCondition::dateTime(Date(2'000'000'000))));
+    shim_.failNextSync();
+    EXPECT_TRUE(realm_->makeDurable());
+    const auto before = shim_.syncCount();
+    EXPECT_FALSE(realm_->makeDurable());
+    EXPECT_EQ(shim_.syncCount() - before, 1U);
+    EXPECT_FALSE(realm_->makeDurable());
+    EXPECT_EQ(shim_.syncCount() - before, 1U) << "nothing is left to do";
+}
+
 TEST_F(SQLiteCosts, StoringOverAReminderSyncsOnce) {
     fill(10);
     const auto before = shim_.syncCount();
