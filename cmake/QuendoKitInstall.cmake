@@ -35,4 +35,4 @@ quendokit_pkgconfig(quendokit-hostkit "What hosts need around QuendoKit" "-lquen
 quendokit_pkgconfig(quendokit-icu "QuendoKit's names of the days on ICU" "-lquendokit_icu" "quendokit icu-i18n" "")
 quendokit_pkgconfig(quendokit-linux "QuendoKit's adapters put together for Linux" "-lquendokit_linux"
     "quendokit-cctz quendokit-event-loop quendokit-files quendokit-gettext quendokit-icu quendokit-sqlite" "")
-quendokit_pkgconfig(quendokit-testing "QuendoKit's test doubles and conformance suites" "-lquendokit_testing" "quendokit" "")
+quendokit_pkgconfig(quendokit-testing "QuendoKit's test doubles and conformance suites" "-lquendokit_testing" "quendokit-hostkit" "")

@@ -42,7 +42,6 @@ private:
     IntentJournal(std::filesystem::path file, int descriptor);
 
     [[nodiscard]] std::optional<Error> read();
-    [[nodiscard]] bool append(std::string_view text) const;
     [[nodiscard]] Error errorOf(int number, const char* doing) const;
 
     const std::filesystem::path file_;

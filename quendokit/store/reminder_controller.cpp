@@ -156,6 +156,16 @@ std::optional<ReminderItem> ReminderControllerInternal::reminderItem(const Remin
     return listedItem(*controller.realm_, id, platform::clock().now());
 }
 
+std::vector<ReminderItem> ReminderControllerInternal::datedReminders(const ReminderController& controller,
+                                                                     Date instant) {
+    return resultsOf(ReminderList::upcoming, *controller.realm_, false, instant).toVector();
+}
+
+std::optional<ReminderItem> ReminderControllerInternal::storedReminder(const ReminderController& controller,
+                                                                       std::string_view id) {
+    return storedItem(*controller.realm_, id);
+}
+
 void ReminderControllerInternal::softDelete(ReminderController& controller, const ReminderItem& item) {
     cancel(controller, item);
     // A failed write is dropped: the record stays, and the person can delete it again.

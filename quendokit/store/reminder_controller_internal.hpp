@@ -26,6 +26,13 @@ public:
     [[nodiscard]] static std::optional<ReminderItem> reminderItem(const ReminderController& controller,
                                                                   std::string_view id);
 
+    /// The dated reminders after `instant`, the earliest first, without deleted ones: the upcoming list as it is then.
+    [[nodiscard]] static std::vector<ReminderItem> datedReminders(const ReminderController& controller, Date instant);
+
+    /// The record with this id, in a list or not; absent when there is none.
+    [[nodiscard]] static std::optional<ReminderItem> storedReminder(const ReminderController& controller,
+                                                                    std::string_view id);
+
     /// The device reminders that were not shown yet, deleted ones too, in no particular order.
     [[nodiscard]] static std::vector<ReminderItem> unseenReminders(const ReminderController& controller);
 

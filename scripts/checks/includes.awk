@@ -16,7 +16,7 @@ BEGIN {
     below["adapters"] = "quendokit"
     below["hostkit"] = "quendokit"
     below["apps"] = "quendokit adapters hostkit"
-    below["testing"] = "quendokit"
+    below["testing"] = "quendokit hostkit"
     below["examples"] = "quendokit adapters hostkit testing"
     below["docs"] = "quendokit adapters hostkit testing"
     below["bench"] = "quendokit adapters hostkit apps testing tests"
