@@ -29,6 +29,8 @@ quendokit_pkgconfig(quendokit-sqlite "QuendoKit's object database on SQLite" "-l
 quendokit_pkgconfig(quendokit-cctz "QuendoKit's local time on cctz" "-lquendokit_cctz -lcctz" "quendokit" "")
 quendokit_pkgconfig(quendokit-cloudkit-web "QuendoKit's cloud database over CloudKit's HTTP protocol" "-lquendokit_cloudkit_web"
     "quendokit libcurl" "")
+quendokit_pkgconfig(quendokit-dbus "QuendoKit's desktop notifications and session signals on D-Bus" "-lquendokit_dbus"
+    "quendokit sdbus-c++" "")
 quendokit_pkgconfig(quendokit-files "QuendoKit's settings in a JSON file" "-lquendokit_files" "quendokit" "")
 quendokit_pkgconfig(quendokit-gettext "QuendoKit's texts on GNU gettext" "-lquendokit_gettext" "quendokit" "")
 quendokit_pkgconfig(quendokit-hostkit "What hosts need around QuendoKit" "-lquendokit_hostkit" "quendokit" "")
