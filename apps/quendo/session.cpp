@@ -13,11 +13,13 @@
 #include "apps/quendo/log_file.hpp"
 #include "apps/quendo/session_cloud_internal.hpp"
 #include "apps/quendo/session_internal.hpp"
+#include "apps/quendo/session_stay_internal.hpp"
 #include "hostkit/guarded_user_defaults.hpp"
 #include "hostkit/intent_journal.hpp"
 #include "hostkit/two_step_changes.hpp"
 #include "quendokit/platform/realm.hpp"
 #include "quendokit/store/quendokit_config.hpp"
+#include "quendokit/sync/reminder_sync_manager.hpp"
 
 namespace quendo {
 namespace {
@@ -107,6 +109,7 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
     }
     auto session = std::unique_ptr<Session>(new Session(std::move(lock).value(), folders, record, std::move(cloud),
                                                         std::move(linuxPlatform.mainLoop), std::move(services)));
+    session->calendar_ = std::move(linuxPlatform.calendar);
     session->warn_ = std::move(warn);
     session->settingsFailure_ = std::move(settingsFailure);
     session->accountFailure_ = session->cloud_->file.takeFailure();
@@ -125,7 +128,7 @@ Session::Session(LockFile lock, Folders folders, std::shared_ptr<Record> record,
 
 Session::~Session() {
     // Nothing of the cloud's thread comes any more while the rest ends.
-    cloud_->connection.reset();
+    leaveCloud();
     // What waits there holds the loop, by the services.
     mainLoop_->end();
 }
@@ -184,7 +187,7 @@ std::optional<Failure> Session::openToChange() {
     return finishLeftovers();
 }
 
-std::optional<Failure> Session::openDatabase() {
+std::optional<Failure> Session::openDatabase(bool isMirrored) {
     auto realm = quendokit::Realm::open(quendokit::QuendoKitConfig());
     if (!realm) {
         return failureOf(realm.error());
@@ -194,6 +197,11 @@ std::optional<Failure> Session::openDatabase() {
         return failureOf(journal.error());
     }
     realm_ = std::move(realm).value();
+    if (isMirrored) {
+        using SyncMethod = quendokit::ReminderSyncManager::SyncMethod;
+        manager_ = quendokit::ReminderSyncManager::create(cloud_->account->clientID,
+                                                          polls() ? SyncMethod::polling : SyncMethod::push);
+    }
     controller_ = quendokit::ReminderController::create(scheduler_, realm_, nullptr, manager_);
     twoSteps_ = std::make_unique<quendokit::TwoStepChanges>(controller_, std::move(journal).value());
     return std::nullopt;

@@ -17,6 +17,7 @@
 
 namespace quendokit {
 class EventLoop;
+class LocalCalendar;
 class Realm;
 class ReminderSyncManager;
 class TwoStepChanges;
@@ -41,9 +42,46 @@ public:
     /// Does what is asked, as a whole where the request does not say otherwise, and answers with the request's answer.
     [[nodiscard]] Outcome<Response> execute(const Request& request);
 
+    // session_stay.cpp
+
+    /// What a process hears of that stays, in turns of their own on the main thread. None may be absent.
+    struct StayEvents {
+        /// The reminders may be others than they were.
+        std::function<void()> changed;
+        /// A write of the reminders has failed.
+        std::function<void()> writeFailed;
+        /// An upload or a download is over, or waits.
+        std::function<void()> cloudTold;
+        /// A whole sync is to be made, by a request.
+        std::function<void()> wantsSync;
+        /// `renewMirror` is to be called, where no request waits for the cloud.
+        std::function<void()> wantsNewMirror;
+    };
+    /// For a process that stays: opens the reminders, and with an account begins to keep them in step with the cloud
+    /// for as long as the session lasts; what keeps the cloud away is warned of and no failure. `polls`: the cloud is
+    /// asked from time to time instead of letting it call.
+    [[nodiscard]] std::optional<Failure> stay(StayEvents events, bool polls);
+    /// There is a network again, or the machine woke up.
+    void resumed();
+    /// Looks for the zone of the cloud with a new manager; `controller` is another one then.
+    [[nodiscard]] std::optional<Failure> renewMirror();
+    /// Of a session that stays. Another one after `renewMirror`.
+    [[nodiscard]] const std::shared_ptr<quendokit::ReminderController>& controller() const { return controller_; }
+    /// Whether something from the cloud is being stored: a request that changes reminders comes behind it.
+    [[nodiscard]] bool isStoring() const;
+    /// Makes a change of stored reminders, now or in a later turn.
+    void changeSoon(std::vector<std::string> ids, std::function<void()> change);
+    /// The device may be in another time zone.
+    void zoneChanged();
+    /// How this home stands to its cloud.
+    [[nodiscard]] Outcome<CloudView> cloudView();
+    /// Whether the zone in the cloud is known; absent without a cloud.
+    [[nodiscard]] std::optional<bool> knowsZone() const;
+
 private:
     struct Record;
     struct Cloud;
+    struct Stay;
     class NotingScheduler;
 
     Session(LockFile lock, Folders folders, std::shared_ptr<Record> record, std::unique_ptr<Cloud> cloud,
@@ -75,12 +113,18 @@ private:
     [[nodiscard]] Outcome<CloudView> perform(const CloudStatusRequest& request);
     [[nodiscard]] Outcome<CloudDisconnected> perform(const CloudDisconnectRequest& request);
     [[nodiscard]] Outcome<HealthView> perform(const StatusRequest& request);
-    [[nodiscard]] Outcome<CloudView> cloudView();
     // session_sync.cpp
     [[nodiscard]] Outcome<SyncAnswer> perform(const SyncRequest& request);
     [[nodiscard]] Outcome<SyncAnswer> sync(std::chrono::seconds patience);
     [[nodiscard]] std::optional<Failure> syncBothWays(std::chrono::steady_clock::time_point end,
                                                       const std::function<Failure()>& timeIsUp);
+    // session_stay.cpp
+    [[nodiscard]] bool polls() const;
+    void listen();
+    void writeFailed();
+    void zoneStaysUnknown();
+    void cloudTold();
+    void shareDayPlanSoon();
     // session_transfer.cpp
     [[nodiscard]] Outcome<std::vector<TransferEntry>> perform(const ExportRequest& request);
     [[nodiscard]] Outcome<ImportAnswer> perform(const ImportRequest& request);
@@ -91,13 +135,15 @@ private:
     /// Opens the database if it is not open, and finishes what any earlier change left half done; fails when that
     /// fails: finished later, it would undo newer changes.
     [[nodiscard]] std::optional<Failure> openToChange();
-    [[nodiscard]] std::optional<Failure> openDatabase();
+    [[nodiscard]] std::optional<Failure> openDatabase(bool isMirrored = false);
     /// Makes the way to the cloud, if there is none. For a home with an account.
     [[nodiscard]] std::optional<Failure> openConnection();
     /// The same with a sync manager, for a session that has not opened it.
     [[nodiscard]] std::optional<Failure> openToSync();
     /// Ends everything between the reminders and the cloud; the next request opens the database again.
     void stopMirror();
+    /// That, and the connection to the cloud.
+    void leaveCloud();
     [[nodiscard]] std::optional<Failure> finishLeftovers();
 
     /// What went wrong with the files since the last call; the engine itself reports no errors.
@@ -133,6 +179,7 @@ private:
     std::shared_ptr<Record> record_;
     std::unique_ptr<Cloud> cloud_;
     std::shared_ptr<quendokit::EventLoop> mainLoop_;
+    std::shared_ptr<quendokit::LocalCalendar> calendar_;
     quendokit::platform::ScopedInstall services_;
     std::shared_ptr<NotingScheduler> scheduler_;
     std::shared_ptr<quendokit::Realm> realm_;
@@ -142,6 +189,8 @@ private:
     std::unique_ptr<quendokit::TwoStepChanges> twoSteps_;
     /// Only of a session that syncs.
     std::unique_ptr<ReminderMirror> mirror_;
+    /// Only of a session that stays.
+    std::unique_ptr<Stay> stay_;
 };
 
 /// The request's own answer.

@@ -92,7 +92,7 @@ Outcome<CloudConnected> Session::perform(const CloudConnectRequest& request) {
     if (auto failure = checkCloud(account, token, request.patience, wait, [loop = mainLoop_] { loop->async([] {}); })) {
         return *std::move(failure);
     }
-    stopMirror();
+    leaveCloud();
     if (cloud_->account && (cloud_->account->url != account.url || cloud_->account->container != account.container ||
                             cloud_->account->environment != account.environment)) {
         cloud_->forgetWhatWasRead();
@@ -143,7 +143,7 @@ Outcome<CloudDisconnected> Session::perform(const CloudDisconnectRequest&) {
     if (!cloud_->account) {
         return Failure{ExitCode::notDone, "no cloud is connected"};
     }
-    stopMirror();
+    leaveCloud();
     cloud_->file.forget();
     if (auto failure = cloud_->file.takeFailure()) {
         return *std::move(failure);

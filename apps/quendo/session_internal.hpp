@@ -14,11 +14,23 @@ namespace quendo {
 /// the past.
 [[nodiscard]] quendokit::ReminderCondition conditionOf(const Choice& when, std::optional<quendokit::Date> from);
 
-/// Takes note of what the engine wants armed. Nothing rings while a single command runs.
+/// Takes note of what the engine wants armed. Nothing rings while a single command runs; in a process that stays it is
+/// passed on.
 class Session::NotingScheduler final : public quendokit::Scheduler {
 public:
-    void schedule(const quendokit::ReminderStruct& reminder) override { lastScheduled = reminder.id(); }
-    void cancel(const quendokit::ReminderStruct&) override {}
+    void schedule(const quendokit::ReminderStruct& reminder) override {
+        lastScheduled = reminder.id();
+        if (next) {
+            next->schedule(reminder);
+        }
+    }
+    void cancel(const quendokit::ReminderStruct& reminder) override {
+        if (next) {
+            next->cancel(reminder);
+        }
+    }
+
+    std::shared_ptr<quendokit::Scheduler> next;
 
     /// The engine gives a new reminder its identifier and tells it here alone.
     std::optional<std::string> lastScheduled;

@@ -63,29 +63,21 @@ std::optional<Failure> Session::openToSync() {
     std::string cloud = account.url + " " + account.container + " " + account.environment;
     const bool isAnother = identity.isAnother(cloud);
     // Manager and controller are made in one turn of the loop: no page finds the manager without a store.
-    manager_ = quendokit::ReminderSyncManager::create(account.clientID);
-    if (auto failure = openDatabase()) {
-        manager_ = nullptr;
+    if (auto failure = openDatabase(true)) {
         return failure;
     }
     const auto guard = cloud_->guards->database(account.container);
     guard->setTokenGate(cloud_->gate);
     guard->setRealm(realm_);
-    tellOfFailedWrites([weak = std::weak_ptr(guard)] {
+    tellOfFailedWrites([this, weak = std::weak_ptr(guard)] {
         if (const auto database = weak.lock()) {
             database->writeFailed();
         }
+        writeFailed();
     });
-    mirror_ = std::make_unique<ReminderMirror>(ReminderMirrorParts{manager_,
-                                                                   guard,
-                                                                   controller_,
-                                                                   cloud_->record,
-                                                                   std::move(identity),
-                                                                   std::move(cloud),
-                                                                   isAnother,
-                                                                   [this](const std::string& line) { warn_(line); },
-                                                                   {},
-                                                                   {}});
+    mirror_ = std::make_unique<ReminderMirror>(ReminderMirrorParts{
+        manager_, guard, controller_, cloud_->record, std::move(identity), std::move(cloud), isAnother,
+        [this](const std::string& line) { warn_(line); }, [this] { zoneStaysUnknown(); }, [this] { cloudTold(); }});
     return finishLeftovers();
 }
 
@@ -93,13 +85,12 @@ void Session::stopMirror() {
     if (!mirror_) {
         return;
     }
-    tellOfFailedWrites({});
+    tellOfFailedWrites([this] { writeFailed(); });
     mirror_.reset();
     twoSteps_.reset();
     controller_.reset();
     manager_.reset();
     realm_.reset();
-    cloud_->connection.reset();
 }
 
 void Session::change(std::vector<std::string> ids, const std::function<void()>& change) {

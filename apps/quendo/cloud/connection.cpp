@@ -25,12 +25,14 @@ Outcome<std::unique_ptr<CloudConnection>> CloudConnection::open(const quendokit:
     auto database = std::make_shared<quendokit::WebCloudDatabase>(
         session.value(), [reports = std::move(reports)](const quendokit::Error& error) { reports(error.description); });
     auto containers = std::make_shared<quendokit::WebContainerProvider>(account.container, std::move(database));
-    return std::unique_ptr<CloudConnection>(new CloudConnection(std::move(transport), std::move(containers)));
+    return std::unique_ptr<CloudConnection>(
+        new CloudConnection(std::move(transport), std::move(session).value(), std::move(containers)));
 }
 
 CloudConnection::CloudConnection(std::shared_ptr<quendokit::CurlTransport> transport,
+                                 std::shared_ptr<quendokit::WebSession> session,
                                  std::shared_ptr<quendokit::CKContainerProvider> containers)
-    : transport_(std::move(transport)), containers_(std::move(containers)) {}
+    : transport_(std::move(transport)), session_(std::move(session)), containers_(std::move(containers)) {}
 
 CloudConnection::~CloudConnection() {
     transport_->stop();

@@ -29,12 +29,15 @@ public:
     [[nodiscard]] const std::shared_ptr<quendokit::CKContainerProvider>& containers() const noexcept {
         return containers_;
     }
+    /// For who listens for news.
+    [[nodiscard]] const std::shared_ptr<quendokit::WebSession>& webSession() const noexcept { return session_; }
 
 private:
-    CloudConnection(std::shared_ptr<quendokit::CurlTransport> transport,
+    CloudConnection(std::shared_ptr<quendokit::CurlTransport> transport, std::shared_ptr<quendokit::WebSession> session,
                     std::shared_ptr<quendokit::CKContainerProvider> containers);
 
     const std::shared_ptr<quendokit::CurlTransport> transport_;
+    const std::shared_ptr<quendokit::WebSession> session_;
     const std::shared_ptr<quendokit::CKContainerProvider> containers_;
 };
 

@@ -18,7 +18,10 @@ ReminderMirror::ReminderMirror(ReminderMirrorParts parts) : parts_(std::move(par
     quendokit::SyncDriverEvents events;
     events.uploadEnded = [this](const std::optional<Error>& error) { uploadEnded(error); };
     events.downloadEnded = [this](const std::optional<Error>& error) { downloadEnded(error); };
-    events.waits = [this](const Error& error, std::chrono::nanoseconds) { waits_ = error; };
+    events.waits = [this](const Error& error, std::chrono::nanoseconds) {
+        waits_ = error;
+        parts_.told();
+    };
     events.reports = parts_.warn;
     events.confirmed = [this](const std::vector<std::string>& ids) { confirmed(ids); };
     events.received = [this](const auto& records, const auto& deleted) { received(records, deleted); };
@@ -49,6 +52,10 @@ bool ReminderMirror::isIdle() const {
     return parts_.guard->isIdle();
 }
 
+bool ReminderMirror::isStoring() const {
+    return parts_.guard->isStoring();
+}
+
 void ReminderMirror::beginCount() {
     count_ = {};
     countedComing_.clear();
@@ -73,6 +80,7 @@ void ReminderMirror::uploadEnded(const std::optional<Error>& error) {
     if (!error) {
         parts_.record.uploaded(quendokit::platform::clock().now());
     }
+    parts_.told();
 }
 
 void ReminderMirror::downloadEnded(const std::optional<Error>& error) {
@@ -86,9 +94,7 @@ void ReminderMirror::downloadEnded(const std::optional<Error>& error) {
         isAnother_ = true;
         cameFromAnother_.clear();
     }
-    if (parts_.downloadEnded) {
-        parts_.downloadEnded();
-    }
+    parts_.told();
 }
 
 void ReminderMirror::confirmed(const std::vector<std::string>& ids) {

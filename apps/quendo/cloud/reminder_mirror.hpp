@@ -37,10 +37,10 @@ struct ReminderMirrorParts {
     /// It is another one than the reminders were mirrored to.
     bool isAnother;
     std::function<void(const std::string&)> warn;
-    /// Changes of the zone's can neither be made nor heard of, and another manager may.
+    /// Neither may be absent. The zone is not known, and another manager may find or make it.
     std::function<void()> zoneStaysUnknown;
-    /// Something has come from the cloud, or could not be fetched.
-    std::function<void()> downloadEnded;
+    /// An upload or a download is over, or waits.
+    std::function<void()> told;
 };
 
 /// Watches one manager and its database for as long as it lives: asks for syncs when nobody else does, remembers when
@@ -60,6 +60,8 @@ public:
     [[nodiscard]] bool zoneExists() const;
     /// Nothing is on its way, and everything that came is stored.
     [[nodiscard]] bool isIdle() const;
+    /// Something that came is not stored yet.
+    [[nodiscard]] bool isStoring() const;
 
     /// Counts from now on; a word of an earlier failure is forgotten.
     void beginCount();
