@@ -129,7 +129,6 @@ TEST_F(ASession, ThatEndsMakesRoomForAnother) {
     setDesktop(*manager, "third");
     manager->emit(logindObject, logindManager, "SessionRemoved", "so",
                   {sdbus::Variant("mine"), sdbus::Variant(pathOf("mine"))});
-    startSession(*manager, "third");
     activate(*manager, "third", true);
     ASSERT_TRUE(waitForEvents(1));
     EXPECT_THAT(events, ElementsAre("active"));
