@@ -50,7 +50,7 @@ Error makeDBusError(DBusErrorCode code, std::string description) {
     for (char& c : description) {
         c = c == '\n' || c == '\r' ? ' ' : c;
     }
-    return {DBusErrorDomain, static_cast<int>(code), std::move(description)};
+    return {dbusErrorDomain, static_cast<int>(code), std::move(description)};
 }
 
 Bus::Bus(Kind kind, std::chrono::milliseconds timeout)
@@ -191,6 +191,9 @@ void Bus::wait() {
 }
 
 void Bus::lose() {
+    if (!connection_) {
+        return;
+    }
     const Error error = makeDBusError(DBusErrorCode::disconnected, "the connection to the " + name() + " has broken");
     while (!pending_.empty()) {
         finish(pending_.begin()->first, error);
@@ -254,7 +257,8 @@ void Bus::match(const std::string& rule, SignalHandler handler) {
     try {
         matches_.push_back(connection_->addMatch(rule, std::move(handler)));
     } catch (const sdbus::Error&) {
-        // Only a broken connection refuses a rule; that is noticed by who reads from it.
+        // Only a bus that is dead, or as good as dead, does not take a rule.
+        post([self = this] { self->lose(); });
     }
 }
 

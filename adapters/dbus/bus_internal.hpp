@@ -13,6 +13,7 @@
 #include <string>
 #include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include <sdbus-c++/sdbus-c++.h>
@@ -31,13 +32,20 @@ template <typename... Values>
     try {
         std::tuple<Values...> values;
         std::apply([&](auto&... each) { static_cast<void>((message >> ... >> each)); }, values);
-        if (message) {
-            return values;
-        }
+        return message ? std::optional(std::move(values)) : std::nullopt;
     } catch (const sdbus::Error&) {
-        // Another type stands there.
+        return std::nullopt;
     }
-    return std::nullopt;
+}
+
+/// What `variant` holds, if it is of this type.
+template <typename Value>
+[[nodiscard]] std::optional<Value> valueOf(const sdbus::Variant& variant) {
+    try {
+        return variant.get<Value>();
+    } catch (const sdbus::Error&) {
+        return std::nullopt;
+    }
 }
 
 /// A call to an object on the bus.

@@ -7,7 +7,7 @@
 namespace quendokit {
 
 /// The domain of this adapter's errors.
-inline constexpr const char* DBusErrorDomain = "DBus";
+inline constexpr const char* dbusErrorDomain = "DBus";
 
 /// The codes of that domain.
 enum class DBusErrorCode {
@@ -27,7 +27,7 @@ enum class DBusErrorCode {
 
 /// Whether `error` is that one. Any thread.
 [[nodiscard]] inline bool isDBusError(const Error& error, DBusErrorCode code) {
-    return error.domain == DBusErrorDomain && error.code == static_cast<int>(code);
+    return error.domain == dbusErrorDomain && error.code == static_cast<int>(code);
 }
 
 }  // namespace quendokit

@@ -266,14 +266,14 @@ void DesktopNotifications::State::write(sdbus::MethodCall& call, const DesktopNo
          << (notification.persistent ? never : afterAWhile);
 }
 
-void DesktopNotifications::State::close(const std::string& line) {
-    bus_->post([self = shared_from_this(), line] {
-        const auto handle = dbus::handleIn(line);
-        if (!handle || handle->bus != self->busId_ || !self->service_->name().isOwner(handle->service)) {
+void DesktopNotifications::State::close(const std::string& handle) {
+    bus_->post([self = shared_from_this(), handle] {
+        const auto parts = dbus::handleIn(handle);
+        if (!parts || parts->bus != self->busId_ || !self->service_->name().isOwner(parts->service)) {
             return;
         }
-        self->bus_->call({handle->service, dbus::notificationsPath, dbus::notificationsService, "CloseNotification",
-                          [&](sdbus::MethodCall& call) { call << handle->number; }},
+        self->bus_->call({parts->service, dbus::notificationsPath, dbus::notificationsService, "CloseNotification",
+                          [&](sdbus::MethodCall& call) { call << parts->number; }},
                          // Services answer one that has gone with an error; either way it is not on the screen.
                          [](const auto&) {});
     });
@@ -295,7 +295,7 @@ DesktopNotifications::~DesktopNotifications() {
     state_->stop();
 }
 
-void DesktopNotifications::show(DesktopNotification notification, Completion completion) {
+void DesktopNotifications::show(const DesktopNotification& notification, const Completion& completion) {
     state_->show(notification, completion);
 }
 

@@ -108,7 +108,7 @@ public:
     /// Shows `notification`; a service that does not run but can be started is started. Its buttons are left out where
     /// the service draws none; where it does, the notification itself can be opened, which invokes `defaultAction`.
     /// `completion` may be empty.
-    void show(DesktopNotification notification, Completion completion);
+    void show(const DesktopNotification& notification, const Completion& completion);
 
     /// Takes a notification from the screen; `closed` tells when that has happened. Nothing happens when `handle` is
     /// that of another instance of the service, of a notification that has gone, or no handle at all.

@@ -16,14 +16,7 @@ constexpr const char* active = "Active";
 
 std::optional<bool> truthOf(const std::map<std::string, sdbus::Variant>& properties, const char* name) {
     const auto found = properties.find(name);
-    if (found == properties.end()) {
-        return std::nullopt;
-    }
-    try {
-        return found->second.get<bool>();
-    } catch (const sdbus::Error&) {
-        return std::nullopt;
-    }
+    return found != properties.end() ? valueOf<bool>(found->second) : std::nullopt;
 }
 
 }  // namespace
@@ -67,7 +60,7 @@ void LogindWatch::askForSession(const std::string& member, const std::function<v
                });
 }
 
-void LogindWatch::findOwnSession(Found found) {
+void LogindWatch::findOwnSession(const Found& found) {
     const auto orOfProcess = [self = shared_from_this(), found](const std::optional<Path>& session) {
         if (session) {
             found(session);
@@ -100,20 +93,12 @@ void LogindWatch::findDesktopOf(const Path& user, const Found& found) {
                 [](sdbus::MethodCall& call) { call << userInterface << "Display"; }},
                [found](const Result<Bus::Reply>& answer) {
                    const auto value = answer ? read<sdbus::Variant>(*answer.value()) : std::nullopt;
-                   std::optional<Path> session;
-                   try {
-                       if (value) {
-                           const auto display =
-                               std::get<0>(*value).get<sdbus::Struct<std::string, sdbus::ObjectPath>>();
-                           // A user without a desktop has one of no name.
-                           if (!std::get<0>(display).empty()) {
-                               session = std::get<1>(display);
-                           }
-                       }
-                   } catch (const sdbus::Error&) {
-                       // Another type stands there.
-                   }
-                   found(session);
+                   const auto display =
+                       value ? valueOf<sdbus::Struct<std::string, sdbus::ObjectPath>>(std::get<0>(*value))
+                             : std::nullopt;
+                   // A user without a desktop has one of no name.
+                   const bool isThere = display && !std::get<0>(*display).empty();
+                   found(isThere ? std::optional<Path>(std::get<1>(*display)) : std::nullopt);
                });
 }
 

@@ -43,7 +43,7 @@ private:
 
     /// Asks the manager, or the object at `path`, and answers the first object in what comes.
     void askForSession(const std::string& member, const std::function<void(sdbus::MethodCall&)>& write, Found found);
-    void findOwnSession(Found found);
+    void findOwnSession(const Found& found);
     void findDesktop(Found found);
     void findDesktopOf(const Path& user, const Found& found);
 

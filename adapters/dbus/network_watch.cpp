@@ -51,13 +51,9 @@ void NetworkWatch::readState() {
                 [](sdbus::MethodCall& call) { call << networkManager << "State"; }},
                [self = shared_from_this()](const Result<Bus::Reply>& answer) {
                    const auto value = answer ? read<sdbus::Variant>(*answer.value()) : std::nullopt;
-                   try {
-                       // A signal that came meanwhile is newer.
-                       if (value && !self->state_) {
-                           self->state_ = std::get<0>(*value).get<std::uint32_t>();
-                       }
-                   } catch (const sdbus::Error&) {
-                       // Another type stands there.
+                   // A signal that came meanwhile is newer.
+                   if (value && !self->state_) {
+                       self->state_ = valueOf<std::uint32_t>(std::get<0>(*value));
                    }
                    self->settle();
                });

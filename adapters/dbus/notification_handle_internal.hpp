@@ -24,6 +24,6 @@ struct NotificationHandle {
 [[nodiscard]] std::string text(const NotificationHandle& handle);
 
 /// The handle that `text` made; nothing for any other text.
-[[nodiscard]] std::optional<NotificationHandle> handleIn(std::string_view text);
+[[nodiscard]] std::optional<NotificationHandle> handleIn(std::string_view line);
 
 }  // namespace quendokit::dbus

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "adapters/dbus/screen_saver_watch_internal.hpp"
@@ -13,11 +14,10 @@ constexpr const char* screenSavers[] = {"org.freedesktop.ScreenSaver", "org.gnom
 }  // namespace
 
 ScreenSaverWatch::ScreenSaverWatch(std::shared_ptr<Bus> bus, Events events)
-    : bus_(std::move(bus)), events_(std::move(events)) {
+    : bus_(std::move(bus)), events_(std::move(events)), unknown_(std::size(screenSavers)) {
     for (const char* name : screenSavers) {
         names_.push_back(std::make_shared<BusName>(bus_, name));
     }
-    unknown_ = names_.size();
 }
 
 void ScreenSaverWatch::start() {

@@ -2,6 +2,7 @@
 /// \file
 /// `ScreenSaverWatch`, what the desktop's screen saver tells.
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -33,7 +34,8 @@ private:
     const std::shared_ptr<Bus> bus_;
     const Events events_;
     std::vector<std::shared_ptr<BusName>> names_;
-    std::size_t unknown_ = 0;
+    /// Of how many the owner is not known yet.
+    std::size_t unknown_;
     std::optional<bool> isActive_;
 };
 

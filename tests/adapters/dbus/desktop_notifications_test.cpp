@@ -202,6 +202,20 @@ TEST_F(ADesktopNotification, IsNotTakenAwayByWhatIsNotItsHandle) {
     EXPECT_EQ(service->calls(notificationsObject, "CloseNotification").size(), 1U);
 }
 
+TEST_F(ADesktopNotification, IsAskedForFromNobodyButTheService) {
+    const auto service = startService();
+    auto other = DBusMock::empty(bus, "org.example.Other", notificationsObject, notifications);
+    other->addMethod(notificationsObject, notifications, "CloseNotification", "u", "", "");
+    connect();
+    const auto shown = show("stays");
+    ASSERT_TRUE(shown);
+    const std::string& handle = shown.value();
+    host->close(handle.substr(0, handle.find(' ')) + " " + other->peer().ownerOf("org.example.Other") + " 1");
+    host->close(handle);
+    ASSERT_TRUE(waitForEvents(1));
+    EXPECT_THAT(other->calls(notificationsObject, "CloseNotification"), IsEmpty());
+}
+
 TEST_F(ADesktopNotification, KnowsTheServiceThatWillShowIt) {
     const auto service = startService();
     connect();

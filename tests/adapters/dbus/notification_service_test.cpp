@@ -75,7 +75,9 @@ TEST_F(ANotificationService, ThatStopsAnsweringFailsTheNotification) {
     const auto shown = show("for nobody");
     ASSERT_FALSE(shown);
     EXPECT_TRUE(isDBusError(shown.error(), DBusErrorCode::noAnswer)) << shown.error().description;
-    EXPECT_GE(std::chrono::steady_clock::now() - before, 500ms);
+    const auto took = std::chrono::steady_clock::now() - before;
+    EXPECT_GE(took, 500ms);
+    EXPECT_LT(took, 15s);
     service->goOn();
 }
 
