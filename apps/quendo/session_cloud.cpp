@@ -84,7 +84,7 @@ Outcome<CloudConnected> Session::perform(const CloudConnectRequest& request) {
     account.environment = request.environment;
     account.apiToken = request.apiToken;
     const auto token = std::make_shared<TriedToken>(request.webToken);
-    if (auto failure = checkCloud(account, token, request.patience)) {
+    if (auto failure = checkCloud(account, token, request.patience, mainLoop_)) {
         return *std::move(failure);
     }
     if (cloud_->account && (cloud_->account->url != account.url || cloud_->account->container != account.container ||

@@ -5,13 +5,14 @@
 #include <utility>
 #include <vector>
 
+#include "adapters/event_loop/event_loop.hpp"
 #include "apps/quendo/cloud/connection.hpp"
 
 namespace quendo {
 
 std::optional<Failure> checkCloud(const quendokit::WebAccount& account,
                                   const std::shared_ptr<quendokit::WebTokenStore>& tokens,
-                                  std::chrono::seconds patience) {
+                                  std::chrono::seconds patience, const std::shared_ptr<quendokit::EventLoop>& loop) {
     using quendokit::CKFetchRecordZonesOperation;
     using Answer = std::optional<quendokit::Error>;
     auto connection = CloudConnection::open(account, tokens, [](const std::string&) {});
@@ -23,9 +24,20 @@ std::optional<Failure> checkCloud(const quendokit::WebAccount& account,
     auto answer = promise->get_future();
     const auto question = std::make_shared<CKFetchRecordZonesOperation>(
         std::vector{quendokit::CKRecordZoneID{std::string(reminderZoneName)}});
-    question->fetchRecordZonesCompletion = [promise](const auto&, const Answer& error) { promise->set_value(error); };
+    question->fetchRecordZonesCompletion = [promise, loop](const auto&, const Answer& error) {
+        promise->set_value(error);
+        if (loop) {
+            // Makes it ask again.
+            loop->async([] {});
+        }
+    };
     connection.value()->containers()->privateCloudDatabase(account.container)->add(question);
-    if (answer.wait_for(patience) != std::future_status::ready) {
+    const auto isThere = [&](std::chrono::seconds atMost) {
+        return answer.wait_for(atMost) == std::future_status::ready;
+    };
+    const bool came =
+        loop ? loop->runUntil([&] { return isThere(std::chrono::seconds(0)); }, patience) : isThere(patience);
+    if (!came) {
         return Failure{ExitCode::cloud, "the cloud at " + account.url + " has not answered within " +
                                             std::to_string(patience.count()) +
                                             " seconds; see that it is reachable and try again"};
