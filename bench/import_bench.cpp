@@ -14,6 +14,7 @@
 #include <benchmark/benchmark.h>
 
 #include "adapters/cctz/local_time_zone.hpp"
+#include "apps/quendo/executor.hpp"
 #include "apps/quendo/session.hpp"
 #include "apps/quendo/transfer/transfer_document.hpp"
 #include "apps/quendo/transfer/transfer_file.hpp"
@@ -39,10 +40,11 @@ Value valueOf(quendo::Outcome<Value> outcome) {
 /// A home of its own for one import.
 class Home {
 public:
-    Home() : folders_{LinuxFolders::inOne((workFolder() / "home").string())} { fs::remove_all(folders_.data); }
+    Home() : folders_{LinuxFolders::inOne((workFolder() / "home").string()), {}} { fs::remove_all(folders_.data); }
 
     [[nodiscard]] std::unique_ptr<Session> open() const {
-        return valueOf(Session::open(folders_, [](const auto&) {}));
+        auto lock = std::make_shared<quendo::LockFile>(valueOf(quendo::takeLock(folders_, std::chrono::seconds(5))));
+        return valueOf(Session::open(folders_, std::move(lock), [](const auto&) {}));
     }
     [[nodiscard]] const quendo::Folders& folders() const { return folders_; }
 

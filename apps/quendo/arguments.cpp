@@ -29,6 +29,7 @@ struct Commands {
     ImportArguments importing;
     CloudArguments cloud;
     SyncArguments sync;
+    DaemonArguments daemon;
 };
 
 /// CLI11 takes an empty answer for a yes.
@@ -158,6 +159,8 @@ void describeCloud(CLI::App& app, Commands& commands, Arguments& parsed) {
     sync->add_option("--timeout", commands.sync.timeout, "how many seconds to wait; 30 when not given")
         ->type_name("S")
         ->check(isTimeout);
+    auto* daemon = addCommand(app, "daemon", "answer the other commands until SIGTERM", parsed, commands.daemon);
+    daemon->add_flag("--poll", commands.daemon.poll, "ask the cloud from time to time instead of letting it call");
     addCommand<StatusArguments>(app, "status", "say what comes next and what is unsent", parsed);
 }
 

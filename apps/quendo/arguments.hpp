@@ -116,6 +116,12 @@ struct SyncArguments {
 };
 
 struct StatusArguments {};
+
+struct DaemonArguments {
+    /// Asks the cloud from time to time instead of letting it call.
+    bool poll = false;
+};
+
 struct VersionArguments {};
 struct DoctorArguments {};
 
@@ -127,7 +133,7 @@ struct Arguments {
     std::variant<AddArguments, ListArguments, ShowArguments, EditArguments, PostponeArguments, SeenArguments,
                  DeleteArguments, StatsArguments, ClearArguments, PresetsArguments, ActionsArguments, OptionsArguments,
                  ExportArguments, ImportArguments, CloudArguments, SyncArguments, StatusArguments, VersionArguments,
-                 DoctorArguments>
+                 DoctorArguments, DaemonArguments>
         command;
 };
 

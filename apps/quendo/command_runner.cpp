@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "adapters/event_loop/system_clock.hpp"
+#include "apps/quendo/daemon/daemon.hpp"
 #include "apps/quendo/doctor.hpp"
 #include "apps/quendo/escaped_text.hpp"
 #include "apps/quendo/option_assignment.hpp"
@@ -75,20 +76,20 @@ Outcome<Output> CommandRunner::operator()(const OptionsArguments& arguments) {
             return json_ ? json::options(view) : plain::option(key.value(), view);
         });
     }
-    // Days are read in the person's language, which the session's services know.
-    auto session = openSession();
-    if (!session) {
-        return session.failure();
+    // Days are read in the person's language, which the executor has at hand.
+    auto executor = openExecutor();
+    if (!executor) {
+        return executor.failure();
     }
     // What cannot be read is told before what cannot be meant.
-    if (auto before = quendo::ask(*session.value(), OptionsRequest()); !before) {
+    if (auto before = quendo::ask(*executor.value(), OptionsRequest()); !before) {
         return before.failure();
     }
     auto assignment = parseOptionValue(key.value(), arguments.value);
     if (!assignment) {
         return assignment.failure();
     }
-    auto view = quendo::ask(*session.value(), SetOptionRequest{std::move(assignment).value()});
+    auto view = quendo::ask(*executor.value(), SetOptionRequest{std::move(assignment).value()});
     if (!view) {
         return view.failure();
     }
@@ -104,8 +105,16 @@ Outcome<Output> CommandRunner::operator()(const DoctorArguments&) const {
     return Output{json_ ? json::findings(diagnosis.findings) : plain::findings(diagnosis.findings), diagnosis.code};
 }
 
-Outcome<std::unique_ptr<Session>> CommandRunner::openSession() const {
-    return Session::open(folders_, [this](const std::string& line) { warn(escapedText(line)); });
+Outcome<Output> CommandRunner::operator()(const DaemonArguments& arguments) const {
+    if (auto failure = runDaemon(folders_, {arguments.poll})) {
+        return *std::move(failure);
+    }
+    // Its lines are all it says.
+    return Output{"", ExitCode::done};
+}
+
+Outcome<std::unique_ptr<Executor>> CommandRunner::openExecutor() const {
+    return findExecutor(folders_, [this](const std::string& line) { warn(escapedText(line)); });
 }
 
 Outcome<std::optional<Choice>> CommandRunner::choiceOf(const ChoiceArguments& arguments) const {

@@ -9,10 +9,10 @@
 
 #include "adapters/cctz/local_time_zone.hpp"
 #include "apps/quendo/arguments.hpp"
+#include "apps/quendo/executor.hpp"
 #include "apps/quendo/failure.hpp"
 #include "apps/quendo/folders.hpp"
 #include "apps/quendo/request.hpp"
-#include "apps/quendo/session.hpp"
 
 namespace quendo {
 
@@ -52,18 +52,19 @@ public:
     Outcome<Output> operator()(const OptionsArguments& arguments);
     Outcome<Output> operator()(const VersionArguments& arguments) const;
     Outcome<Output> operator()(const DoctorArguments& arguments) const;
+    Outcome<Output> operator()(const DaemonArguments& arguments) const;
 
 private:
-    [[nodiscard]] Outcome<std::unique_ptr<Session>> openSession() const;
+    [[nodiscard]] Outcome<std::unique_ptr<Executor>> openExecutor() const;
 
-    /// Lets a session of its own execute `request`, and renders its answer by `render`, which may warn.
+    /// Lets an executor of its own execute `request`, and renders its answer by `render`, which may warn.
     template <typename OneRequest, typename Render>
     Outcome<Output> ask(OneRequest request, Render render) const {
-        auto session = openSession();
-        if (!session) {
-            return session.failure();
+        auto executor = openExecutor();
+        if (!executor) {
+            return executor.failure();
         }
-        auto answer = quendo::ask(*session.value(), std::move(request));
+        auto answer = quendo::ask(*executor.value(), std::move(request));
         if (!answer) {
             return answer.failure();
         }
@@ -74,7 +75,7 @@ private:
     [[nodiscard]] Outcome<std::optional<Choice>> choiceOf(const ChoiceArguments& arguments) const;
     /// The moment that WHEN means, whatever it is good for. Warns likewise.
     [[nodiscard]] Outcome<quendokit::Date> dateOf(const std::string& when) const;
-    /// When a to-do falls due that names a date alone. Asked in a session of its own, so that nobody waits while a file
+    /// When a to-do falls due that names a date alone. Asked on its own, so that nobody waits while a file
     /// is read.
     [[nodiscard]] Outcome<std::int64_t> workdayMorning() const;
     /// Writes to standard error, unless only errors are to be told.

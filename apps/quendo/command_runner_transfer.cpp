@@ -48,11 +48,11 @@ Outcome<Output> CommandRunner::operator()(const ExportArguments& arguments) {
     if (!format) {
         return format.failure();
     }
-    auto session = openSession();
-    if (!session) {
-        return session.failure();
+    auto executor = openExecutor();
+    if (!executor) {
+        return executor.failure();
     }
-    auto entries = quendo::ask(*session.value(), ExportRequest());
+    auto entries = quendo::ask(*executor.value(), ExportRequest());
     if (!entries) {
         return entries.failure();
     }
@@ -78,11 +78,11 @@ Outcome<Output> CommandRunner::operator()(const ExportArguments& arguments) {
 }
 
 Outcome<std::int64_t> CommandRunner::workdayMorning() const {
-    auto session = openSession();
-    if (!session) {
-        return session.failure();
+    auto executor = openExecutor();
+    if (!executor) {
+        return executor.failure();
     }
-    auto options = quendo::ask(*session.value(), OptionsRequest());
+    auto options = quendo::ask(*executor.value(), OptionsRequest());
     // While the settings cannot be read, everyone's plan serves; the import itself says so.
     return options ? options.value().workdayMorning : TransferReading{"", *zone_}.timeOfDates;
 }

@@ -16,6 +16,8 @@
 #include "adapters/sqlite/sqlite_realm_provider.hpp"
 #include "apps/quendo/cloud/account.hpp"
 #include "apps/quendo/cloud/cloud_check.hpp"
+#include "apps/quendo/daemon/daemon_client.hpp"
+#include "apps/quendo/daemon/protocol.hpp"
 #include "apps/quendo/lock_file.hpp"
 #include "hostkit/day_plan_check.hpp"
 #include "quendokit/options/option_keys.hpp"
@@ -29,6 +31,7 @@ using quendokit::LocalTimeZone;
 constexpr mode_t otherUsers = 0077;
 /// How long the cloud may take.
 constexpr std::chrono::seconds patienceForCloud(5);
+constexpr std::chrono::seconds patienceForDaemon(5);
 
 /// The folder itself, or of those above it the first that exists.
 std::filesystem::path existing(std::filesystem::path folder) {
@@ -80,10 +83,31 @@ Finding foldersFinding(const Folders& folders) {
                     folder.string() + " cannot be made in " + place.string() + "; name another folder with --home DIR"};
         }
     }
-    return accessFinding("folders", {folders.data, folders.config, folders.state});
+    return accessFinding("folders", {folders.data, folders.config, folders.state, folders.socket().parent_path()});
 }
 
-Finding lockFinding(const Folders& folders) {
+/// What is there of a daemon.
+struct DaemonState {
+    std::optional<DaemonClient> client;
+    /// Why it cannot be asked.
+    std::optional<Failure> failure;
+};
+
+DaemonState findDaemon(const Folders& folders) {
+    auto found = DaemonClient::find(folders.socket(), {.toGreet = patienceForDaemon, .toAnswer = patienceForDaemon});
+    if (!found) {
+        return {std::nullopt, found.failure()};
+    }
+    return {std::move(found).value(), std::nullopt};
+}
+
+Finding lockFinding(const Folders& folders, const DaemonState& daemon) {
+    if (daemon.failure) {
+        return {"lock", false, daemon.failure->line};
+    }
+    if (daemon.client) {
+        return {"lock", true, "the daemon is at work (quendo " + programVersion() + ")"};
+    }
     const bool held = LockFile::isHeld(folders.lock());
     return {"lock", true, held ? "another quendo is at work" : "free"};
 }
@@ -158,7 +182,23 @@ Finding zoneFinding() {
     return {"time zone", true, taken + (named.empty() ? "" : " (from TZ)")};
 }
 
-Finding cloudFinding(const Folders& folders, ExitCode& code) {
+/// What the daemon, which alone asks the cloud, has to tell of it.
+Finding cloudFindingOf(DaemonClient& daemon, const std::string& url) {
+    auto answer = daemon.ask(CloudStatusRequest());
+    if (!answer) {
+        return {"cloud", false, answer.failure().line};
+    }
+    if (const auto* failure = std::get_if<Failure>(&answer.value().result)) {
+        return {"cloud", false, failure->line};
+    }
+    const auto* view = std::get_if<CloudView>(&std::get<Response>(answer.value().result));
+    if (view != nullptr && view->lastError) {
+        return {"cloud", false, url + " is asked by the daemon, whose last sync failed: " + *view->lastError};
+    }
+    return {"cloud", true, url + " is asked by the daemon; see quendo status"};
+}
+
+Finding cloudFinding(const Folders& folders, DaemonState& daemon, ExitCode& code) {
     if (const auto error = quendokit::FileUserDefaults::examine(folders.account())) {
         Failure failure = failureOf(*error);
         code = failure.code == ExitCode::damaged ? ExitCode::damaged : code;
@@ -170,6 +210,9 @@ Finding cloudFinding(const Folders& folders, ExitCode& code) {
         return {"cloud", true, "none is connected"};
     }
     // Two that ask at a time would take the token from each other.
+    if (daemon.client) {
+        return cloudFindingOf(*daemon.client, account->url);
+    }
     const auto lock = LockFile::take(folders.lock(), std::chrono::seconds(0));
     if (!lock) {
         return {"cloud", true, account->url + " was not asked, because another quendo is at work"};
@@ -184,16 +227,17 @@ Finding cloudFinding(const Folders& folders, ExitCode& code) {
 
 Diagnosis examine(const Folders& folders) {
     const auto database = folders.database();
+    DaemonState daemon = findDaemon(folders);
     Diagnosis diagnosis{{}, ExitCode::done};
     diagnosis.findings.push_back(foldersFinding(folders));
-    diagnosis.findings.push_back(accessFinding(
-        "files",
-        {database, database.string() + "-wal", database.string() + "-shm", folders.lock(), folders.journal(),
-         folders.log(), folders.settings(), folders.account(), folders.sharedSettings(), folders.syncRecord()}));
-    diagnosis.findings.push_back(lockFinding(folders));
+    diagnosis.findings.push_back(
+        accessFinding("files", {database, database.string() + "-wal", database.string() + "-shm", folders.lock(),
+                                folders.journal(), folders.log(), folders.settings(), folders.account(),
+                                folders.sharedSettings(), folders.syncRecord(), folders.socket()}));
+    diagnosis.findings.push_back(lockFinding(folders, daemon));
     diagnosis.findings.push_back(databaseFinding(folders, diagnosis.code));
     diagnosis.findings.push_back(settingsFinding(folders, diagnosis.code));
-    diagnosis.findings.push_back(cloudFinding(folders, diagnosis.code));
+    diagnosis.findings.push_back(cloudFinding(folders, daemon, diagnosis.code));
     diagnosis.findings.push_back(zoneFinding());
     for (const Finding& finding : diagnosis.findings) {
         if (!finding.ok && diagnosis.code == ExitCode::done) {

@@ -25,14 +25,17 @@ Outcome<Folders> findFolders(const std::optional<std::string>& home) {
         return Failure{ExitCode::usage, "--home is empty; name a folder"};
     }
     if (const auto folder = home ? home : environment("QUENDO_HOME")) {
-        return Folders{LinuxFolders::inOne(*folder)};
+        return Folders{LinuxFolders::inOne(*folder), {}};
     }
     const auto folders = LinuxFolders::xdg("quendo");
     if (!folders) {
         return Failure{ExitCode::usage,
                        "there is no home folder to keep reminders in; set HOME, or name one with --home DIR"};
     }
-    return Folders{*folders};
+    const auto runtime = environment("XDG_RUNTIME_DIR");
+    // A relative one does not count.
+    const bool hasRuntime = runtime && runtime->starts_with('/');
+    return Folders{*folders, hasRuntime ? std::filesystem::path(*runtime) / "quendo" : std::filesystem::path()};
 }
 
 std::optional<Failure> makeFolder(const std::filesystem::path& folder) {

@@ -13,6 +13,9 @@ namespace quendo {
 
 /// The folders of one person's reminders; all the same one when a home was named.
 struct Folders : quendokit::LinuxFolders {
+    /// What is gone after the person has left; empty when that is the state folder.
+    std::filesystem::path runtime = {};
+
     [[nodiscard]] std::filesystem::path lock() const { return state / "quendo.lock"; }
     [[nodiscard]] std::filesystem::path journal() const { return state / "quendo.journal"; }
     /// The account in the cloud, with its tokens.
@@ -22,6 +25,8 @@ struct Folders : quendokit::LinuxFolders {
     /// When the last sync was.
     [[nodiscard]] std::filesystem::path syncRecord() const { return state / "sync.json"; }
     [[nodiscard]] std::filesystem::path log() const { return state / "quendo.log"; }
+    /// Where the daemon listens.
+    [[nodiscard]] std::filesystem::path socket() const { return (runtime.empty() ? state : runtime) / "socket"; }
 };
 
 /// The folder `home`, else the one in QUENDO_HOME, else "quendo" in the XDG folders of the environment. Makes nothing.

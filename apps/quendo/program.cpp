@@ -17,7 +17,7 @@ int fail(const Failure& failure) {
 }
 
 int print(const Output& output) {
-    if (auto failure = writeStandardOutput(output.text + "\n")) {
+    if (auto failure = writeStandardOutput(output.text.empty() ? "" : output.text + "\n")) {
         return fail(*failure);
     }
     return static_cast<int>(output.code);

@@ -59,7 +59,15 @@ std::string health(const HealthView& view, const LocalTimeZone& zone) {
     const auto next = view.next ? view.next->condition.date() : std::nullopt;
     const std::string first =
         next ? fmt::format("Next: {}  {}", whenText(*next, zone), escapedText(view.next->title)) : "Next: none";
-    return first + '\n' + cloud(view.cloud, zone);
+    std::string text = first + '\n' + cloud(view.cloud, zone);
+    if (view.daemon) {
+        text += fmt::format("\nDaemon: quendo {}\nNotifications: {}", escapedText(view.daemon->version),
+                            escapedText(view.daemon->notifications.value_or("none are shown")));
+        for (const std::string& problem : view.daemon->problems) {
+            text += "\nProblem: " + escapedText(problem);
+        }
+    }
+    return text;
 }
 
 }  // namespace plain
@@ -108,13 +116,14 @@ std::string synced(const SyncAnswer& answer) {
 }
 
 std::string health(const HealthView& view, const LocalTimeZone& zone) {
-    return text({{"daemon", nullptr},
+    const auto& daemon = view.daemon;
+    return text({{"daemon", daemon ? Json(daemon->version) : Json()},
                  {"next", view.next ? object(*view.next, zone) : Json()},
                  {"unsent", view.cloud.unsent},
                  {"lastUpload", moment(view.cloud.lastUpload, zone)},
                  {"lastDownload", moment(view.cloud.lastDownload, zone)},
                  {"lastError", line(view.cloud.lastError)},
-                 {"notifications", nullptr}});
+                 {"notifications", daemon ? line(daemon->notifications) : Json()}});
 }
 
 }  // namespace json

@@ -201,10 +201,21 @@ struct SyncRequest {
     std::chrono::seconds patience;
 };
 
+/// How the daemon fares.
+struct DaemonHealth {
+    std::string version;
+    /// The name and version of the service that shows its notifications; absent when none does.
+    std::optional<std::string> notifications;
+    /// A line for each thing that a person should look after.
+    std::vector<std::string> problems;
+};
+
 struct HealthView {
     /// The reminder that comes next.
     std::optional<ReminderView> next;
     CloudView cloud;
+    /// Absent when the command was its own session.
+    std::optional<DaemonHealth> daemon = {};
 };
 
 struct StatusRequest {

@@ -53,6 +53,11 @@ struct Session::Record {
         }
     }
 
+    std::optional<quendokit::Error> exchange(std::optional<quendokit::Error> error) {
+        const std::lock_guard lock(mutex);
+        return std::exchange(firstError, std::move(error));
+    }
+
     [[nodiscard]] bool hasFailure() {
         const std::lock_guard lock(mutex);
         return firstError.has_value();
@@ -65,16 +70,18 @@ struct Session::Record {
     }
 };
 
-Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::function<void(const std::string&)> warn) {
+Outcome<LockFile> takeLock(const Folders& folders, std::chrono::milliseconds patience) {
     for (const auto& folder : {folders.data, folders.config, folders.state}) {
         if (auto failure = makeFolder(folder)) {
             return *std::move(failure);
         }
     }
-    auto lock = LockFile::take(folders.lock(), patienceForFiles);
-    if (!lock) {
-        return lock.failure();
-    }
+    return LockFile::take(folders.lock(), patience);
+}
+
+Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::shared_ptr<const LockFile> lock,
+                                                std::function<void(const std::string&)> warn,
+                                                std::shared_ptr<quendokit::LineSink> lines) {
     const auto record = std::make_shared<Record>();
     quendokit::LinuxPlatformOptions options;
     options.folders = folders;
@@ -98,7 +105,7 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
             warn(found->line);
         }
     }
-    services.standardOutput = std::make_shared<LogFile>(folders.log());
+    services.standardOutput = lines ? std::move(lines) : std::make_shared<LogFile>(folders.log());
     services.systemLog = services.standardOutput;
     services.userDefaults = std::make_shared<quendokit::GuardedUserDefaults>(
         services.userDefaults, quendokit::SettingsGuardOptions{true, warn});
@@ -107,7 +114,7 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
     if (const auto found = record->takeFailure()) {
         warn(found->line);
     }
-    auto session = std::unique_ptr<Session>(new Session(std::move(lock).value(), folders, record, std::move(cloud),
+    auto session = std::unique_ptr<Session>(new Session(std::move(lock), folders, record, std::move(cloud),
                                                         std::move(linuxPlatform.mainLoop), std::move(services)));
     session->calendar_ = std::move(linuxPlatform.calendar);
     session->warn_ = std::move(warn);
@@ -116,8 +123,9 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::fun
     return session;
 }
 
-Session::Session(LockFile lock, Folders folders, std::shared_ptr<Record> record, std::unique_ptr<Cloud> cloud,
-                 std::shared_ptr<quendokit::EventLoop> mainLoop, quendokit::platform::Services services)
+Session::Session(std::shared_ptr<const LockFile> lock, Folders folders, std::shared_ptr<Record> record,
+                 std::unique_ptr<Cloud> cloud, std::shared_ptr<quendokit::EventLoop> mainLoop,
+                 quendokit::platform::Services services)
     : lock_(std::move(lock)),
       folders_(std::move(folders)),
       record_(std::move(record)),
@@ -133,7 +141,27 @@ Session::~Session() {
     mainLoop_->end();
 }
 
+bool Session::waits(const Request& request) const {
+    // Who clears, or forgets the account, would pull the ground from under a sync.
+    const bool always =
+        std::holds_alternative<SyncRequest>(request) || std::holds_alternative<CloudConnectRequest>(request) ||
+        std::holds_alternative<CloudDisconnectRequest>(request) || std::holds_alternative<ClearRequest>(request);
+    const bool withCloud =
+        std::holds_alternative<SetOptionRequest>(request) || std::holds_alternative<ResetOptionsRequest>(request);
+    return always || (withCloud && cloud_->account);
+}
+
 Outcome<Response> Session::execute(const Request& request) {
+    // While one request waits for the cloud, others come between; what fails then is each one's own.
+    const auto outer = record_->exchange(std::nullopt);
+    auto response = executeAlone(request);
+    if (outer) {
+        record_->exchange(outer);
+    }
+    return response;
+}
+
+Outcome<Response> Session::executeAlone(const Request& request) {
     if (settingsFailure_) {
         const bool needsSettings = std::holds_alternative<OptionsRequest>(request) ||
                                    std::holds_alternative<SetOptionRequest>(request) ||

@@ -27,20 +27,33 @@ namespace quendo {
 
 class ReminderMirror;
 
+/// The lock of these folders, which are made when there are none. Waits at most `patience` for another process.
+[[nodiscard]] Outcome<LockFile> takeLock(const Folders& folders, std::chrono::milliseconds patience);
+
 /// The reminders and the day plan of one person, who asks by requests: holds the lock and installs the engine's
 /// services for its lifetime, and opens the database with the first request that needs it. One thread.
 class Session {
 public:
-    /// `warn` hears, now and while the session lasts, of what was damaged and put aside or cannot be used; the session
-    /// goes on without it.
+    /// Shares `lock`, which `takeLock` gave for `folders`. `warn` hears, now and while the session lasts, of what was
+    /// damaged and put aside or cannot be used; the session goes on without it. The engine's lines go to `lines`, and
+    /// to the log when that is null.
     [[nodiscard]] static Outcome<std::unique_ptr<Session>> open(const Folders& folders,
-                                                                std::function<void(const std::string&)> warn);
+                                                                std::shared_ptr<const LockFile> lock,
+                                                                std::function<void(const std::string&)> warn,
+                                                                std::shared_ptr<quendokit::LineSink> lines = nullptr);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
     /// Does what is asked, as a whole where the request does not say otherwise, and answers with the request's answer.
+    /// Main thread; within a task of the loop only what `waits` says no to.
     [[nodiscard]] Outcome<Response> execute(const Request& request);
+
+    /// Whether the request runs the loop to wait for the cloud, or must not come between while another one does.
+    [[nodiscard]] bool waits(const Request& request) const;
+
+    /// The loop of the thread that opened the session.
+    [[nodiscard]] const std::shared_ptr<quendokit::EventLoop>& mainLoop() const { return mainLoop_; }
 
     // session_stay.cpp
 
@@ -79,13 +92,16 @@ public:
     [[nodiscard]] std::optional<bool> knowsZone() const;
 
 private:
+    [[nodiscard]] Outcome<Response> executeAlone(const Request& request);
+
     struct Record;
     struct Cloud;
     struct Stay;
     class NotingScheduler;
 
-    Session(LockFile lock, Folders folders, std::shared_ptr<Record> record, std::unique_ptr<Cloud> cloud,
-            std::shared_ptr<quendokit::EventLoop> mainLoop, quendokit::platform::Services services);
+    Session(std::shared_ptr<const LockFile> lock, Folders folders, std::shared_ptr<Record> record,
+            std::unique_ptr<Cloud> cloud, std::shared_ptr<quendokit::EventLoop> mainLoop,
+            quendokit::platform::Services services);
 
     // session_reminders.cpp
     [[nodiscard]] Outcome<ReminderView> perform(const AddRequest& request);
@@ -170,7 +186,7 @@ private:
     /// Makes every change of stored reminders: with a cloud, by its guard. Nothing of the cloud's may be queued.
     void change(std::vector<std::string> ids, const std::function<void()>& change);
 
-    LockFile lock_;
+    const std::shared_ptr<const LockFile> lock_;
     const Folders folders_;
     std::function<void(const std::string&)> warn_;
     std::optional<Failure> settingsFailure_;
@@ -192,15 +208,5 @@ private:
     /// Only of a session that stays.
     std::unique_ptr<Stay> stay_;
 };
-
-/// The request's own answer.
-template <typename OneRequest>
-[[nodiscard]] Outcome<typename OneRequest::Answer> ask(Session& session, OneRequest request) {
-    auto response = session.execute(Request(std::move(request)));
-    if (!response) {
-        return response.failure();
-    }
-    return std::get<typename OneRequest::Answer>(std::move(response).value());
-}
 
 }  // namespace quendo

@@ -86,10 +86,7 @@ Outcome<CloudConnected> Session::perform(const CloudConnectRequest& request) {
     account.environment = request.environment;
     account.apiToken = request.apiToken;
     const auto token = std::make_shared<TriedToken>(request.webToken);
-    const auto wait = [&](const std::function<bool()>& isDone, std::chrono::seconds patience) {
-        static_cast<void>(mainLoop_->runUntil(isDone, patience));
-    };
-    if (auto failure = checkCloud(account, token, request.patience, wait, [loop = mainLoop_] { loop->async([] {}); })) {
+    if (auto failure = checkCloud(account, token, request.patience, mainLoop_)) {
         return *std::move(failure);
     }
     leaveCloud();

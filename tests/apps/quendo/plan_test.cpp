@@ -124,7 +124,7 @@ TEST_F(QuendoPlan, AddRefusesAPresetThatIsNone) {
     expectRefusal({"add", "x", "--preset", "8"}, 2, "--at WHEN");
     expectRefusal({"add", "x", "--preset", "Pick a Date"}, 2, "--at WHEN");
     expectRefusal({"add", "x", "--preset", "later", "--mac"}, 2, "exclude each other");
-    EXPECT_FALSE(fs::exists(home_));
+    EXPECT_EQ(fs::exists(home_), DaemonBeside::wanted);
 }
 
 TEST_F(QuendoPlan, InTheSecondInWhichTheMorningBeginsTomorrowMorningIsTheNextOne) {
@@ -258,7 +258,7 @@ TEST_F(QuendoPlan, KeysThatAreNone) {
     expectRefusal({"options", "set", "evening"}, 2, "VALUE is required");
     expectRefusal({"options", "unset"}, 2, "unset");
     expectRefusal({"options", "set", "evening", "1", "2"}, 2, "2");
-    EXPECT_FALSE(fs::exists(home_));
+    EXPECT_EQ(fs::exists(home_), DaemonBeside::wanted);
 }
 
 TEST_F(QuendoPlan, ADayPlanWhoseTimesCoincideIsRefused) {
@@ -333,6 +333,9 @@ TEST_F(QuendoPlan, LargeStoredNumbersAreShown) {
 }
 
 TEST_F(QuendoPlan, DamagedSettingsArePutAsideAndSaid) {
+    if (DaemonBeside::wanted) {
+        GTEST_SKIP() << "a daemon puts them aside, and says so, when it starts";
+    }
     putSettings("{\"quendokit.options.evening\": 7");
     const ProgramResult result = run({"--json", "options"});
     EXPECT_EQ(result.code, 0);
@@ -369,6 +372,9 @@ TEST_F(QuendoPlan, DoctorNamesSettingsThatCannotBeMeant) {
 }
 
 TEST_F(QuendoPlan, DoctorLooksAtTheSettings) {
+    if (DaemonBeside::wanted) {
+        GTEST_SKIP() << "a daemon has put them aside before the doctor looks";
+    }
     putSettings("no json");
     const ProgramResult result = run({"--json", "doctor"});
     EXPECT_EQ(result.code, 4);

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "tests/apps/quendo/daemon_process.hpp"
 #include "tests/support/program.hpp"
 #include "tests/support/temporary_folder.hpp"
 
@@ -19,12 +20,18 @@ namespace quendo::testing {
 
 using quendokit::testing::ProgramResult;
 
-/// The home lies in a temporary folder and does not exist yet; the clocks are those of Berlin.
+/// The home lies in a temporary folder and does not exist yet; the clocks are those of Berlin. The same tests are run
+/// once without a daemon and once beside one.
 class QuendoProgram : public ::testing::Test {
 protected:
+    ~QuendoProgram() override { daemon_.stop(); }
+
     [[nodiscard]] ProgramResult run(std::vector<std::string> arguments) const {
         arguments.insert(arguments.begin(), QUENDO_PROGRAM);
-        return quendokit::testing::runProgram(arguments, environment_);
+        daemon_.beforeCommand(home_, environment_);
+        ProgramResult result = quendokit::testing::runProgram(arguments, environment_);
+        daemon_.afterCommand(home_);
+        return result;
     }
 
     /// The document that a command answers; it must be done without a word on standard error.
@@ -46,6 +53,8 @@ protected:
         if (geteuid() != 0) {
             return run(std::move(arguments));
         }
+        // Nor is there a daemon, whom they would bind only once.
+        daemon_.stop();
         // Another user might not be let into the folder that the program was built in.
         arguments.insert(arguments.begin(), {"setpriv", "--bounding-set=-dac_override,-dac_read_search",
                                              "--inh-caps=-dac_override,-dac_read_search", QUENDO_PROGRAM});
@@ -71,6 +80,7 @@ protected:
 
     /// Changes the database behind the program's back.
     void sql(const std::string& statement) const {
+        daemon_.stop();
         const ProgramResult result = quendokit::testing::runProgram({"sqlite3", database_.string(), statement});
         EXPECT_EQ(result.code, 0) << result.errors;
     }
@@ -83,6 +93,7 @@ protected:
         environment_["ASAN_OPTIONS"] = "verify_asan_link_order=0";
     }
 
+    mutable DaemonBeside daemon_;
     quendokit::testing::TemporaryFolder folder_;
     std::filesystem::path home_ = folder_.path() / "home";
     std::filesystem::path database_ = home_ / "reminders.sqlite";
