@@ -25,6 +25,9 @@ struct Folders : quendokit::LinuxFolders {
     /// When the last sync was.
     [[nodiscard]] std::filesystem::path syncRecord() const { return state / "sync.json"; }
     [[nodiscard]] std::filesystem::path log() const { return state / "quendo.log"; }
+    /// What rang, and what lies ahead.
+    [[nodiscard]] std::filesystem::path ledger() const { return state / "rung.ledger"; }
+    [[nodiscard]] std::filesystem::path armedList() const { return state / "armed.list"; }
     /// Where the daemon listens.
     [[nodiscard]] std::filesystem::path socket() const { return (runtime.empty() ? state : runtime) / "socket"; }
 };

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -12,7 +13,9 @@
 #include "apps/quendo/daemon/local_socket.hpp"
 #include "apps/quendo/daemon/movable_queue.hpp"
 #include "apps/quendo/daemon/protocol.hpp"
+#include "apps/quendo/daemon/reminder_bell.hpp"
 #include "apps/quendo/daemon/request_server.hpp"
+#include "apps/quendo/daemon/service_manager.hpp"
 #include "apps/quendo/daemon/termination.hpp"
 #include "apps/quendo/daemon/warning_lines.hpp"
 #include "apps/quendo/escaped_text.hpp"
@@ -52,8 +55,9 @@ Outcome<LockFile> takeDaemonLock(const Folders& folders) {
 
 class Daemon {
 public:
-    explicit Daemon(const Folders& folders)
+    Daemon(const Folders& folders, const DaemonOptions& options)
         : folders_(folders),
+          options_(options),
           lines_(quendokit::makeStandardErrorSink()),
           warnings_([lines = lines_](const std::string& line) { lines->writeLine("quendo: " + escapedText(line)); }),
           termination_([this] { queue_->async([this] { stop(); }); }) {}
@@ -61,25 +65,28 @@ public:
     [[nodiscard]] std::optional<Failure> run();
 
 private:
-    struct Waiting {
-        Request request;
-        RequestReply reply;
-    };
-
-    /// Serves by one session, until it has worked with the cloud or the daemon ends.
-    void serve();
-    void take(Request request, RequestReply reply);
+    /// Stays with one session, until the account is another one or the daemon ends.
+    void live();
+    [[nodiscard]] Session::StayEvents stayEvents();
+    void take(const Request& request, const RequestReply& reply);
     void answer(const Request& request, const RequestReply& reply);
+    void syncSoon();
+    void sync();
     void stop();
-    [[nodiscard]] DaemonHealth health() const { return {programVersion(), std::nullopt, {}}; }
 
     const Folders folders_;
+    const DaemonOptions options_;
     const std::shared_ptr<quendokit::LineSink> lines_;
     WarningLines warnings_;
     const std::shared_ptr<MovableQueue> queue_ = std::make_shared<MovableQueue>();
     std::unique_ptr<Session> session_;
-    /// Those that run the loop, and so cannot be executed in one of its tasks.
-    std::deque<Waiting> waiting_;
+    std::unique_ptr<ReminderBell> bell_;
+    /// What runs the loop, and so cannot run in one of its tasks.
+    std::deque<std::function<void()>> jobs_;
+    bool isSyncWaiting_ = false;
+    std::optional<std::chrono::steady_clock::time_point> lastSync_;
+    bool isReady_ = false;
+    bool isAccountAnother_ = false;
     bool stopping_ = false;
     // The last, which uses the others on a thread of its own.
     Termination termination_;
@@ -105,46 +112,86 @@ std::optional<Failure> Daemon::run() {
             return session.failure();
         }
         session_ = std::move(session).value();
+        if (auto failure = session_->stay(stayEvents(), options_.poll)) {
+            return failure;
+        }
+        bell_ = std::make_unique<ReminderBell>(*session_, folders_, warnings_.sink());
         queue_->attach(session_->mainLoop());
+        bell_->start();
         if (!server) {
             server = std::make_unique<RequestServer>(
                 socket.value(), queue_,
                 [this](Request request, RequestReply reply) { take(std::move(request), std::move(reply)); },
                 std::move(options));
             lines_->writeLine("quendo: listening at " + folders_.socket().string());
+            tellReady();
         }
-        serve();
+        live();
+        if (stopping_) {
+            // Answers that are on their way arrive before anything ends.
+            tellStopping();
+            server->stop();
+        }
         queue_->detach();
+        bell_.reset();
         session_.reset();
     }
-    server->stop();
     return std::nullopt;
 }
 
-void Daemon::serve() {
+void Daemon::live() {
     const auto loop = session_->mainLoop();
-    for (;;) {
+    isAccountAnother_ = false;
+    while (!stopping_ && !isAccountAnother_) {
         static_cast<void>(
-            loop->runUntil([this] { return stopping_ || !waiting_.empty(); }, std::chrono::nanoseconds::max()));
-        if (stopping_) {
-            return;
-        }
-        if (waiting_.empty()) {
-            continue;
-        }
-        const Waiting next = std::move(waiting_.front());
-        waiting_.pop_front();
-        if (!next.reply.isPointless()) {
-            answer(next.request, next.reply);
-            // What the session knows of account and cloud is not so any more.
-            return;
+            loop->runUntil([this] { return stopping_ || !jobs_.empty(); }, std::chrono::nanoseconds::max()));
+        if (!stopping_ && !jobs_.empty()) {
+            const auto job = std::move(jobs_.front());
+            jobs_.pop_front();
+            job();
         }
     }
 }
 
-void Daemon::take(Request request, RequestReply reply) {
+Session::StayEvents Daemon::stayEvents() {
+    // Some come before there is a bell: it reads everything when it starts.
+    Session::StayEvents events;
+    events.changed = [this] {
+        if (bell_) {
+            bell_->storeChanged();
+        }
+    };
+    events.writeFailed = [this] {
+        if (bell_) {
+            bell_->writeFailed();
+        }
+    };
+    events.cloudTold = [this] {
+        if (bell_) {
+            bell_->lookAfterHealth();
+        }
+    };
+    events.wantsSync = [this] { syncSoon(); };
+    events.wantsNewMirror = [this] {
+        jobs_.emplace_back([this] {
+            if (const auto failure = session_->renewMirror()) {
+                warnings_.sink()(failure->line);
+            }
+            bell_->controllerReplaced();
+        });
+    };
+    return events;
+}
+
+void Daemon::take(const Request& request, const RequestReply& reply) {
     if (session_->waits(request)) {
-        waiting_.push_back({std::move(request), std::move(reply)});
+        jobs_.emplace_back([this, request, reply] {
+            if (!reply.isPointless()) {
+                answer(request, reply);
+            }
+        });
+    } else if (session_->isStoring()) {
+        queue_->async([this, request, reply] { take(request, reply); });
     } else {
         answer(request, reply);
     }
@@ -153,15 +200,41 @@ void Daemon::take(Request request, RequestReply reply) {
 void Daemon::answer(const Request& request, const RequestReply& reply) {
     WarningLines::Collection collection(warnings_);
     auto outcome = session_->execute(request);
+    // Not everything that a request changes is told to a scheduler, and a press on what it has changed may come next.
+    bell_->storeChanged();
     if (!outcome) {
         reply({collection.take(), outcome.failure()});
         return;
     }
     Response response = std::move(outcome).value();
+    isAccountAnother_ = isAccountAnother_ || std::holds_alternative<CloudConnected>(response) ||
+                        std::holds_alternative<CloudDisconnected>(response);
     if (auto* view = std::get_if<HealthView>(&response)) {
-        view->daemon = health();
+        view->daemon = bell_->health();
     }
     reply({collection.take(), std::move(response)});
+}
+
+void Daemon::syncSoon() {
+    // What fails at once may be wanted again at once.
+    constexpr std::chrono::minutes between(1);
+    const auto now = std::chrono::steady_clock::now();
+    if (!isSyncWaiting_ && (!lastSync_ || now - *lastSync_ >= between)) {
+        isSyncWaiting_ = true;
+        lastSync_ = now;
+        jobs_.emplace_back([this] { sync(); });
+    }
+}
+
+void Daemon::sync() {
+    constexpr std::chrono::seconds patience(30);
+    const auto answer = session_->execute(Request(SyncRequest{patience}));
+    isSyncWaiting_ = false;
+    if (!answer) {
+        // It goes on in the background; the next download that succeeds asks again.
+        warnings_.sink()(answer.failure().line);
+    }
+    bell_->lookAfterHealth();
 }
 
 void Daemon::stop() {
@@ -172,8 +245,8 @@ void Daemon::stop() {
 
 }  // namespace
 
-std::optional<Failure> runDaemon(const Folders& folders, const DaemonOptions&) {
-    return Daemon(folders).run();
+std::optional<Failure> runDaemon(const Folders& folders, const DaemonOptions& options) {
+    return Daemon(folders, options).run();
 }
 
 }  // namespace quendo
