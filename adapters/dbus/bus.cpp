@@ -113,6 +113,7 @@ void Bus::serve() {
     while (true) {
         runTasks();
         process();
+        finished_.clear();
         {
             const std::lock_guard lock(mutex_);
             if (isStopping_) {
@@ -198,6 +199,7 @@ void Bus::lose() {
     while (!pending_.empty()) {
         finish(pending_.begin()->first, error);
     }
+    finished_.clear();
     matches_.clear();
     connection_.reset();
     if (lost_) {
@@ -211,8 +213,7 @@ void Bus::finish(std::uint64_t id, const Result<Reply>& result) {
         return;
     }
     found.mapped().answer(result);
-    // It may be the one whose handler runs just now.
-    post([proxy = std::shared_ptr<sdbus::IProxy>(std::move(found.mapped().proxy))] {});
+    finished_.push_back(std::move(found.mapped().proxy));
 }
 
 Error Bus::explained(const MethodCall& call, const sdbus::Error& error) const {

@@ -128,6 +128,8 @@ private:
     std::unique_ptr<sdbus::IConnection> connection_;
     std::vector<sdbus::Slot> matches_;
     std::map<std::uint64_t, Pending> pending_;
+    /// Let go between two messages: one may be in the middle of handing its answer over.
+    std::vector<std::unique_ptr<sdbus::IProxy>> finished_;
     std::uint64_t lastCall_ = 0;
 };
 
