@@ -60,12 +60,12 @@ std::optional<Error> FiredLedger::read(const std::function<void(const std::strin
     CheckedLines lines = checkedLines(text.value());
     bool began = false;
     for (const std::string& line : lines.texts) {
-        if (const auto moments = momentsFromLine(line)) {
+        if (auto entry = firedFromLine(line)) {
+            remember(*std::move(entry));
+        } else if (const auto moments = momentsFromLine(line)) {
             began = true;
             beginning_ = moments->beginning;
             lastCheck_ = moments->lastCheck;
-        } else if (auto entry = firedFromLine(line)) {
-            remember(*std::move(entry));
         } else {
             ++lines.damagedCount;
         }

@@ -168,7 +168,9 @@ protected:
     }
 
     const Date start = onDay(Day::wednesday, hours(10));
-    const TemporaryFolder folder;
+    /// In memory where there is such a place: it waits for the disk without one.
+    const TemporaryFolder folder{std::filesystem::exists("/dev/shm") ? "/dev/shm"
+                                                                     : std::filesystem::temp_directory_path()};
     const std::filesystem::path ledgerFile = folder.path() / "ledger";
     const std::filesystem::path armedFile = folder.path() / "armed";
     const std::shared_ptr<InMemoryRealm> realm = InMemoryRealm::create(QuendoKitConfig());

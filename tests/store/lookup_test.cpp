@@ -177,6 +177,24 @@ TEST_P(LookingUpAReminder, AnswersWhatAScanOfTheListsAnswers) {
     });
 }
 
+TEST_P(LookingUpAReminder, TheDatedOnesAfterAnEarlierInstantAreThoseOfTheUpcomingListThen) {
+    ReminderItem deleted = datedItem("deleted", after(60));
+    deleted.deleted = true;
+    put({datedItem("later", after(60)), datedItem("passed", after(-60)), datedItem("now", now),
+         datedItem("at the instant", after(-90)), datedItem("older", after(-91)), macItem("mac"), deleted});
+    EXPECT_EQ(ids(Internal::datedReminders(*controller, after(-90))), (Lines{"passed", "now", "later"}));
+}
+
+TEST_P(LookingUpAReminder, ARecordInNoListIsStillStored) {
+    ReminderItem deleted = datedItem("deleted", now);
+    deleted.deleted = true;
+    put({datedItem("now", now), deleted});
+    EXPECT_FALSE(Internal::reminderItem(*controller, "now"));
+    EXPECT_EQ(text(Internal::storedReminder(*controller, "now").value()), text(datedItem("now", now)));
+    EXPECT_TRUE(Internal::storedReminder(*controller, "deleted"));
+    EXPECT_FALSE(Internal::storedReminder(*controller, "unknown"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Databases, LookingUpAReminder, ::testing::ValuesIn(realmImplementations()), realmName);
 
 }  // namespace
