@@ -1,5 +1,6 @@
 #include "hostkit/armed_list_file.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <system_error>
@@ -67,8 +68,10 @@ void ArmedListFile::putAside(const std::string& why) {
                        ", a new one is made from the database");
 }
 
-std::optional<Error> ArmedListFile::write(const std::vector<ArmedReminder>& armed) {
-    if (written_ == armed) {
+std::optional<Error> ArmedListFile::write(const std::vector<ArmedReminder>& armed, Date now) {
+    if (written_ && std::equal(std::find_if(written_->begin(), written_->end(),
+                                            [now](const ArmedReminder& known) { return known.date >= now; }),
+                               written_->end(), armed.begin(), armed.end())) {
         return std::nullopt;
     }
     std::string text = checkedLine(armedCountLine(armed.size()));

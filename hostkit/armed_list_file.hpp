@@ -31,8 +31,9 @@ public:
     [[nodiscard]] std::optional<std::vector<ArmedReminder>> read();
 
     /// Makes `armed` stand there: the old list or the new one after a crash, on the disk when this returns without an
-    /// error. Writes nothing when it stands there already.
-    [[nodiscard]] std::optional<Error> write(const std::vector<ArmedReminder>& armed);
+    /// error. Writes nothing when it stands there already; what is over by `now` may go on standing before it, so that
+    /// a reminder that rings costs no writing.
+    [[nodiscard]] std::optional<Error> write(const std::vector<ArmedReminder>& armed, Date now);
 
     /// How often it was written.
     [[nodiscard]] std::size_t writeCount() const noexcept { return writeCount_; }

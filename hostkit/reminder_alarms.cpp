@@ -158,7 +158,7 @@ void ReminderAlarms::arm(std::vector<ArmedReminder> armed, Date now, bool everyt
     armed_ = std::move(armed);
     // While the ledger cannot be written, the list on the disk is what tells the next start of them.
     if (parts_.armedList && everythingIsNoted) {
-        if (const auto error = parts_.armedList->write(armed_)) {
+        if (const auto error = parts_.armedList->write(armed_, now)) {
             tell(events_.failed, *error);
         }
     }

@@ -48,7 +48,7 @@ public:
 
 TEST(AlarmSoak, EveryReminderOfFiveHundredRingsOnceAndInTime) {
     constexpr int count = 500;
-    constexpr double first = 1;
+    constexpr double first = 4;
     constexpr double apart = 0.03;
     quendokit::testing::TemporaryFolder folder;
     LinuxPlatformOptions options;
