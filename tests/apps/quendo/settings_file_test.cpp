@@ -103,6 +103,7 @@ TEST_F(QuendoSettingsFile, InAFolderThatMayNotBeWritten) {
 
 TEST_F(QuendoSettingsFile, ThatIsDamagedAndCannotBePutAside) {
     std::ofstream(file_) << "{";
+    fs::remove(config_ / "settings.json.backup");
     fs::permissions(config_, fs::perms::owner_read | fs::perms::owner_exec);
     expectUnusable(4, "settings.json: the settings are damaged, it breaks off; no setting is left, and the file stays");
     EXPECT_EQ(settings(), "{");
