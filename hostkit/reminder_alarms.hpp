@@ -91,7 +91,7 @@ private:
     void show(const Due& due, Date now);
     void showOne(const DueReminder& due, Date now);
     void showSummary(const Due& due);
-    void present(const ReminderNotice& notice, FiredLedger::Entries entries);
+    void present(const ReminderNotice& notice, const FiredLedger::Entries& entries);
     void presented(FiredLedger::Entries entries, const Result<std::string>& handle);
     void closeOutdated();
 

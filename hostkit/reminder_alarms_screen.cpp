@@ -92,10 +92,10 @@ void ReminderAlarms::showSummary(const Due& due) {
         entries.push_back(one.entry);
         entries.back().inSummary = true;
     }
-    present(notice, std::move(entries));
+    present(notice, entries);
 }
 
-void ReminderAlarms::present(const ReminderNotice& notice, FiredLedger::Entries entries) {
+void ReminderAlarms::present(const ReminderNotice& notice, const FiredLedger::Entries& entries) {
     for (const FiredEntry& entry : entries) {
         presenting_.insert(keyOf(entry));
     }

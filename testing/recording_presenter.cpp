@@ -64,13 +64,13 @@ void RecordingPresenter::failNext(std::size_t count, Error error) {
     error_ = std::move(error);
 }
 
-void RecordingPresenter::press(const std::string& handle, const std::string& actionIdentifier) {
+void RecordingPresenter::press(const std::string& handle, const std::string& actionIdentifier) const {
     if (const auto pressed = events_.pressed) {
         pressed(handle, actionIdentifier);
     }
 }
 
-void RecordingPresenter::open(const std::string& handle) {
+void RecordingPresenter::open(const std::string& handle) const {
     if (const auto opened = events_.opened) {
         opened(handle);
     }

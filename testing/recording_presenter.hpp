@@ -56,8 +56,8 @@ public:
     void failNext(std::size_t count, Error error);
 
     /// As the service says it, whatever is on the screen.
-    void press(const std::string& handle, const std::string& actionIdentifier);
-    void open(const std::string& handle);
+    void press(const std::string& handle, const std::string& actionIdentifier) const;
+    void open(const std::string& handle) const;
     /// Also takes it off the screen.
     void dismiss(const std::string& handle, bool byThePerson);
 

@@ -54,7 +54,7 @@ itimerspec timerOf(std::optional<Date> moment) {
 bool tellsOf(std::string_view text, const std::string& name) {
     while (text.size() >= sizeof(inotify_event)) {
         inotify_event event{};
-        std::copy_n(text.data(), sizeof event, reinterpret_cast<char*>(&event));
+        text.copy(reinterpret_cast<char*>(&event), sizeof event);
         const std::string_view told = text.substr(sizeof event, event.len);
         if ((event.mask & IN_Q_OVERFLOW) != 0 || told.substr(0, told.find('\0')) == name) {
             return true;

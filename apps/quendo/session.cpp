@@ -84,7 +84,7 @@ Outcome<std::unique_ptr<Session>> Session::open(const Folders& folders, std::sha
                                                 std::shared_ptr<quendokit::LineSink> lines) {
     const auto record = std::make_shared<Record>();
     quendokit::LinuxPlatformOptions options;
-    options.folders = folders;
+    options.folders = static_cast<const quendokit::LinuxFolders&>(folders);
     options.localeFolder = findLocaleFolder();
     options.AppIdentifier = "quendo";
     options.organisationPrefix = "quendo";

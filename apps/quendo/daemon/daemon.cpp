@@ -55,8 +55,8 @@ Outcome<LockFile> takeDaemonLock(const Folders& folders) {
 
 class Daemon {
 public:
-    Daemon(const Folders& folders, const DaemonOptions& options)
-        : folders_(folders),
+    Daemon(Folders folders, const DaemonOptions& options)
+        : folders_(std::move(folders)),
           options_(options),
           lines_(quendokit::makeStandardErrorSink()),
           warnings_([lines = lines_](const std::string& line) { lines->writeLine("quendo: " + escapedText(line)); }),
@@ -121,7 +121,7 @@ std::optional<Failure> Daemon::run() {
         if (!server) {
             server = std::make_unique<RequestServer>(
                 socket.value(), queue_,
-                [this](Request request, RequestReply reply) { take(std::move(request), std::move(reply)); },
+                [this](const Request& request, const RequestReply& reply) { take(request, reply); },
                 std::move(options));
             lines_->writeLine("quendo: listening at " + folders_.socket().string());
             tellReady();

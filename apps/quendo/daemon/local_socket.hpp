@@ -45,6 +45,8 @@ public:
     /// holds the lock, so that nobody else can be listening.
     [[nodiscard]] static Outcome<ListeningSocket> open(const std::filesystem::path& path);
 
+    ListeningSocket(const ListeningSocket&) = delete;
+    ListeningSocket& operator=(const ListeningSocket&) = delete;
     ListeningSocket(ListeningSocket&&) noexcept = default;
     ListeningSocket& operator=(ListeningSocket&&) = delete;
     ~ListeningSocket();
