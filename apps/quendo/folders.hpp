@@ -35,7 +35,4 @@ struct Folders : quendokit::LinuxFolders {
 /// The folder `home`, else the one in QUENDO_HOME, else "quendo" in the XDG folders of the environment. Makes nothing.
 [[nodiscard]] Outcome<Folders> findFolders(const std::optional<std::string>& home);
 
-/// Makes a folder and those above it (0700) when there are none.
-[[nodiscard]] std::optional<Failure> makeFolder(const std::filesystem::path& folder);
-
 }  // namespace quendo

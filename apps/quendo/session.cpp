@@ -11,6 +11,7 @@
 #include "apps/quendo/identifiers.hpp"
 #include "apps/quendo/locale_folder.hpp"
 #include "apps/quendo/log_file.hpp"
+#include "apps/quendo/make_folder.hpp"
 #include "apps/quendo/session_cloud_internal.hpp"
 #include "apps/quendo/session_internal.hpp"
 #include "apps/quendo/session_stay_internal.hpp"

@@ -12,7 +12,7 @@
 #include <sys/time.h>
 #include <sys/un.h>
 
-#include "apps/quendo/folders.hpp"
+#include "apps/quendo/make_folder.hpp"
 
 namespace quendo {
 namespace {

@@ -21,9 +21,9 @@ Date now() {
 
 }  // namespace
 
-ReminderBell::ReminderBell(Session& session, const Folders& folders, std::function<void(const std::string&)> warn)
+ReminderBell::ReminderBell(Session& session, Folders folders, std::function<void(const std::string&)> warn)
     : session_(session),
-      folders_(folders),
+      folders_(std::move(folders)),
       warn_(std::move(warn)),
       presenter_(std::make_shared<DesktopPresenter>(session.mainLoop(), warn_)) {
     quendokit::WallClockEvents events;

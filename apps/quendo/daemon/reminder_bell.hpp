@@ -25,7 +25,7 @@ namespace quendo {
 class ReminderBell {
 public:
     /// Borrows `session`. `warn` takes a line for the log.
-    ReminderBell(Session& session, const Folders& folders, std::function<void(const std::string&)> warn);
+    ReminderBell(Session& session, Folders folders, std::function<void(const std::string&)> warn);
     ReminderBell(const ReminderBell&) = delete;
     ReminderBell& operator=(const ReminderBell&) = delete;
     ~ReminderBell();
