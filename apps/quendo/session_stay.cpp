@@ -31,11 +31,10 @@ std::optional<Failure> Session::stay(StayEvents events, bool polls) {
     }
     if (cloud_->account) {
         if (const auto failure = openToSync()) {
-            if (!controller_) {
-                // The reminders matter more than the cloud.
-                warn_(failure->line);
-            }
-        } else {
+            // The reminders matter more than the cloud.
+            warn_(failure->line);
+        }
+        if (mirror_) {
             listen();
             stay_->events.wantsSync();
         }
