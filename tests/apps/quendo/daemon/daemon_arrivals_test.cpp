@@ -1,0 +1,127 @@
+/// \file
+/// When the person comes, when there is no bus to show anything on, and when nothing happens at all.
+
+#include <chrono>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "tests/apps/quendo/daemon/desk_fixture.hpp"
+
+namespace quendo::testing {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::SizeIs;
+
+/// How long a daemon without anything to do is watched.
+constexpr auto idleTime = 60s;
+
+class QuendoArrival : public DaemonAtADesk {
+protected:
+    std::string addDevice(const std::string& title) { return answer({"add", title, "--mac"}).at("id"); }
+};
+
+TEST_F(QuendoArrival, AtTheLoginShowsWhatWaitsAtTheComputerAndMarksItSeen) {
+    MockScreen screen(sessionBus);
+    const std::string id = addDevice("Water the plants");
+    start();
+    ASSERT_TRUE(screen.waitForNotices(1));
+    EXPECT_THAT(screen.summaries(), ElementsAre("Water the plants"));
+    EXPECT_THAT(screen.notices().front().actions, SizeIs(8));
+    EXPECT_TRUE(waitUntilSeen(id));
+    restart();
+    expectNothingElseIsShown(screen);
+}
+
+TEST_F(QuendoArrival, AtTheUnlockingShowsWhatWaitsAtTheComputer) {
+    MockScreen screen(sessionBus);
+    const auto logind = startLogind();
+    start();
+    const std::string id = addDevice("Water the plants");
+    EXPECT_EQ(show(id).at("shown"), false) << "who stores it is there already";
+    lock(*logind, "mine");
+    unlock(*logind, "mine");
+    ASSERT_TRUE(screen.waitForNotices(1));
+    EXPECT_THAT(screen.summaries(), ElementsAre("Water the plants"));
+    EXPECT_TRUE(waitUntilSeen(id));
+    unlock(*logind, "mine");
+    expectNothingElseIsShown(screen);
+}
+
+TEST_F(QuendoArrival, AtTheResumingShowsWhatWaitsAtTheComputer) {
+    MockScreen screen(sessionBus);
+    const auto logind = startLogind();
+    start();
+    const std::string id = addDevice("Water the plants");
+    sleep(*logind, true);
+    sleep(*logind, false);
+    ASSERT_TRUE(screen.waitForNotices(1));
+    EXPECT_THAT(screen.summaries(), ElementsAre("Water the plants"));
+    EXPECT_TRUE(waitUntilSeen(id));
+}
+
+TEST_F(QuendoArrival, OfAButtonPostponesWhatWaitedAtTheComputer) {
+    MockScreen screen(sessionBus);
+    const std::string id = addDevice("Water the plants");
+    start();
+    ASSERT_TRUE(screen.waitForNotices(1));
+    screen.press(1, shortButton);
+    ASSERT_TRUE(waitUntil([&] { return show(id).at("condition").at("type") == "dateTime"; })) << daemon->lines();
+    EXPECT_NEAR(momentOf(show(id)), static_cast<double>(std::time(nullptr)) + 1'200, 60);
+}
+
+TEST_F(QuendoArrival, WithoutABusIsNoHindranceAndTheStatusSaysSo) {
+    environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nowhere/bus";
+    environment["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=/nowhere/system-bus";
+    start();
+    EXPECT_EQ(linesWith("no notification can be shown"), 1U);
+    const std::string id = addSoon("Call the bank").at("id");
+    ASSERT_TRUE(waitUntil([&] { return show(id).at("list") == "passed"; }));
+    const auto status = answer({"status"});
+    EXPECT_TRUE(status.at("daemon").is_string());
+    EXPECT_TRUE(status.at("notifications").is_null());
+    EXPECT_THAT(run({"status"}).output,
+                AllOf(HasSubstr("none are shown"), HasSubstr("Problem: there is no notification service")));
+    answer({"postpone", id, "--action", "short"});
+    answer({"delete", id});
+}
+
+TEST_F(QuendoArrival, OfTheBusesEndDisturbsNoCommandAndTheNextDaemonShowsWhatWasDue) {
+    MockScreen screen(sessionBus);
+    start();
+    sessionBus.kill();
+    ASSERT_TRUE(waitForLine("the session bus has ended"));
+    const std::string id = addSoon("Call the bank").at("id");
+    ASSERT_TRUE(waitUntil([&] { return show(id).at("list") == "passed"; }));
+    EXPECT_TRUE(answer({"status"}).at("notifications").is_null());
+    EXPECT_THAT(run({"status"}).output, HasSubstr("Problem: there is no notification service"));
+    EXPECT_FALSE(daemon->hasEnded());
+
+    quendokit::testing::PrivateBus nextBus;
+    MockScreen nextScreen(nextBus);
+    environment["DBUS_SESSION_BUS_ADDRESS"] = nextBus.address();
+    restart();
+    ASSERT_TRUE(nextScreen.waitForNotices(1));
+    EXPECT_THAT(nextScreen.summaries(), ElementsAre("Call the bank"));
+}
+
+TEST_F(QuendoArrival, OfNothingLetsTheDaemonSleepThroughAndThrough) {
+    MockScreen screen(sessionBus);
+    const auto logind = startLogind();
+    start();
+    answer({"add", "Tomorrow", "--at", "+1d"});
+    auto before = daemon->voluntarySwitches();
+    ASSERT_TRUE(waitUntil([&] {
+        std::this_thread::sleep_for(500ms);
+        return std::exchange(before, daemon->voluntarySwitches()) == before;
+    }));
+    std::this_thread::sleep_for(idleTime);
+    EXPECT_EQ(daemon->voluntarySwitches(), before);
+}
+
+}  // namespace
+}  // namespace quendo::testing
