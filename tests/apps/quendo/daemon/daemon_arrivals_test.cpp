@@ -2,9 +2,12 @@
 /// When the person comes, when there is no bus to show anything on, and when nothing happens at all.
 
 #include <chrono>
+#include <csignal>
+#include <ctime>
 #include <string>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "tests/apps/quendo/daemon/desk_fixture.hpp"
 
@@ -64,6 +67,17 @@ TEST_F(QuendoArrival, AtTheResumingShowsWhatWaitsAtTheComputer) {
     EXPECT_TRUE(waitUntilSeen(id));
 }
 
+TEST_F(QuendoArrival, BackFromAnotherPersonsSessionShowsWhatWaitsAtTheComputer) {
+    MockScreen screen(sessionBus);
+    const auto logind = startLogind();
+    start();
+    const std::string id = addDevice("Water the plants");
+    activate(*logind, "mine", false);
+    activate(*logind, "mine", true);
+    ASSERT_TRUE(screen.waitForNotices(1));
+    EXPECT_TRUE(waitUntilSeen(id));
+}
+
 TEST_F(QuendoArrival, OfAButtonPostponesWhatWaitedAtTheComputer) {
     MockScreen screen(sessionBus);
     const std::string id = addDevice("Water the plants");
@@ -109,18 +123,44 @@ TEST_F(QuendoArrival, OfTheBusesEndDisturbsNoCommandAndTheNextDaemonShowsWhatWas
     EXPECT_THAT(nextScreen.summaries(), ElementsAre("Call the bank"));
 }
 
-TEST_F(QuendoArrival, OfNothingLetsTheDaemonSleepThroughAndThrough) {
+TEST_F(QuendoArrival, OfNothingLetsEveryDaemonSleepThroughAndThrough) {
     MockScreen screen(sessionBus);
     const auto logind = startLogind();
-    start();
-    answer({"add", "Tomorrow", "--at", "+1d"});
-    auto before = daemon->voluntarySwitches();
+    const auto startAnother = [this](const std::string& home, const std::string& bus) {
+        environment["QUENDO_HOME"] += home;
+        environment["DBUS_SESSION_BUS_ADDRESS"] = bus;
+        start();
+        answer({"add", "Tomorrow", "--at", "+1d"});
+        return std::move(daemon);
+    };
+    const auto beforeTheReminder = startAnother("", sessionBus.address());
+
+    const quendokit::testing::PrivateBus emptyBus;
+    daemon = startAnother("-unshown", emptyBus.address());
+    addSoon("for nobody");
+    ASSERT_TRUE(waitForLine("no reminder is shown"));
+    const auto withAnUnshownReminder = std::move(daemon);
+
+    quendokit::testing::PrivateBus deadBus;
+    daemon = startAnother("-without-bus", deadBus.address());
+    deadBus.kill();
+    ASSERT_TRUE(waitForLine("the session bus has ended"));
+    const auto afterTheBusesEnd = std::move(daemon);
+
+    const auto switches = [&] {
+        return std::vector{beforeTheReminder->voluntarySwitches(), withAnUnshownReminder->voluntarySwitches(),
+                           afterTheBusesEnd->voluntarySwitches()};
+    };
+    auto before = switches();
     ASSERT_TRUE(waitUntil([&] {
         std::this_thread::sleep_for(500ms);
-        return std::exchange(before, daemon->voluntarySwitches()) == before;
+        return std::exchange(before, switches()) == before;
     }));
     std::this_thread::sleep_for(idleTime);
-    EXPECT_EQ(daemon->voluntarySwitches(), before);
+    EXPECT_EQ(switches(), before);
+    for (const auto& each : {beforeTheReminder.get(), withAnUnshownReminder.get(), afterTheBusesEnd.get()}) {
+        EXPECT_EQ(each->end(SIGTERM), 0) << each->lines();
+    }
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 
 #include <chrono>
 #include <csignal>
+#include <ctime>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -166,6 +168,38 @@ TEST_F(QuendoNotification, IsSeenByWhoDismissesOrOpensIt) {
     EXPECT_TRUE(waitUntilSeen(opened));
 }
 
+TEST_F(QuendoNotification, GoesWhenACommandMarksItsReminderSeen) {
+    MockScreen screen(sessionBus);
+    const std::string id = showFirst(screen).at("id");
+    answer({"seen", id});
+    EXPECT_TRUE(screen.waitForClosed(1));
+}
+
+TEST_F(QuendoNotification, OfManyThatWereMissedIsOneWithoutButtons) {
+    MockScreen screen(sessionBus);
+    startAndStop("3h", {"list"});
+    nlohmann::json many = nlohmann::json::array();
+    for (int i = 0; i < 11; ++i) {
+        many.push_back({{"title", "Reminder " + std::to_string(i)},
+                        {"condition", {{"type", "dateTime"}, {"epoch", std::time(nullptr) - 3'600 + i}}}});
+    }
+    const auto file = sessionBus.folder() / "many.json";
+    std::ofstream(file) << many;
+    answer({"import", file.string()});
+    start();
+    ASSERT_TRUE(screen.waitForNotices(1));
+    const auto notice = screen.notices().front();
+    EXPECT_EQ(notice.summary, "11 reminders were missed");
+    EXPECT_THAT(notice.body,
+                AllOf(StartsWith("Reminder 0\n"), HasSubstr("and 6 more\n"), HasSubstr("quendo list --passed")));
+    EXPECT_THAT(notice.actions, SizeIs(2)) << "opening it";
+    restart();
+    screen.press(1, "default");
+    screen.press(1, shortButton);
+    ASSERT_TRUE(waitForLine("is ignored"));
+    expectNothingElseIsShown(screen);
+}
+
 TEST_F(QuendoNotification, IsMovedByNothingButItsOwnButtons) {
     MockScreen screen(sessionBus);
     const auto reminder = showFirst(screen);
@@ -201,7 +235,7 @@ TEST_F(QuendoNotification, IsAnsweredOnceHoweverOftenItIsPressed) {
     screen.press(1, laterButton);
     ASSERT_TRUE(waitUntil([&] { return linesWith("is ignored") >= 2; }));
     EXPECT_TRUE(waitUntilLater(reminder, twentyMinutes));
-    EXPECT_EQ(linesWith("is ignored"), 2U);
+    EXPECT_EQ(linesWith("a second press on a notification is ignored"), 2U);
 }
 
 TEST_F(QuendoNotification, OfADeletedReminderGoesAndIsNotAnswered) {
