@@ -136,13 +136,23 @@ TEST_F(QuendoNotification, WaitsForAServiceAndTheStatusSaysSo) {
     const std::string status = run({"status"}).output;
     EXPECT_THAT(status, AllOf(HasSubstr("Notifications: none are shown"),
                               HasSubstr("Problem: there is no notification service")));
+    const std::size_t failures = linesWith("org.freedesktop.Notifications");
+    EXPECT_EQ(failures, 1U) << daemon->lines();
+    for (int i = 0; i < 5; ++i) {
+        answer({"list"});
+    }
 
     MockScreen screen(sessionBus);
     ASSERT_TRUE(screen.waitForNotices(1));
     EXPECT_EQ(answer({"status"}).at("notifications"), "mock-notify 1.0");
     EXPECT_THAT(run({"status"}).output, Not(HasSubstr("Problem")));
+    EXPECT_EQ(linesWith("org.freedesktop.Notifications"), failures) << "nobody needs it once a command";
     EXPECT_THAT(screen.summaries(), ElementsAre("Call the bank"));
     expectNothingElseIsShown(screen);
+    // What has shown the last one may be started again when it is needed.
+    screen.kill();
+    ASSERT_TRUE(waitUntil([&] { return answer({"status"}).at("notifications").is_null(); }));
+    EXPECT_THAT(run({"status"}).output, Not(HasSubstr("Problem")));
 }
 
 TEST_F(QuendoNotification, OfAServiceThatEndedIsShownByTheNextOneOnlyIfItNeverWas) {
