@@ -104,6 +104,17 @@ TEST_F(QuendoArrival, WithoutABusIsNoHindranceAndTheStatusSaysSo) {
     answer({"delete", id});
 }
 
+TEST_F(QuendoArrival, OfATroubleIsToldToTheLogAndNotToWhoeverAsks) {
+    MockScreen screen(sessionBus);
+    start();
+    sessionBus.kill();
+    ASSERT_TRUE(waitForLine("the session bus has ended"));
+    EXPECT_EQ(linesWith("no reminder is shown"), 0U) << "nobody has asked";
+    // Looked after now, and without a word on standard error.
+    EXPECT_TRUE(answer({"status"}).at("notifications").is_null());
+    EXPECT_EQ(linesWith("no reminder is shown"), 1U);
+}
+
 TEST_F(QuendoArrival, OfTheBusesEndDisturbsNoCommandAndTheNextDaemonShowsWhatWasDue) {
     MockScreen screen(sessionBus);
     start();
