@@ -87,7 +87,6 @@ private:
     std::deque<std::function<void()>> jobs_;
     bool isSyncWaiting_ = false;
     std::optional<std::chrono::steady_clock::time_point> lastSync_;
-    bool isReady_ = false;
     bool isAccountAnother_ = false;
     bool stopping_ = false;
     // The last, which uses the others on a thread of its own.
