@@ -59,7 +59,8 @@ public:
         : folders_(std::move(folders)),
           options_(options),
           lines_(quendokit::makeStandardErrorSink()),
-          warnings_([lines = lines_](const std::string& line) { lines->writeLine("quendo: " + escapedText(line)); }),
+          log_([lines = lines_](const std::string& line) { lines->writeLine("quendo: " + escapedText(line)); }),
+          warnings_(log_),
           termination_([this] { queue_->async([this] { stop(); }); }) {}
 
     [[nodiscard]] std::optional<Failure> run();
@@ -77,6 +78,7 @@ private:
     const Folders folders_;
     const DaemonOptions options_;
     const std::shared_ptr<quendokit::LineSink> lines_;
+    const WarningLines::Line log_;
     WarningLines warnings_;
     const std::shared_ptr<MovableQueue> queue_ = std::make_shared<MovableQueue>();
     std::unique_ptr<Session> session_;
@@ -85,7 +87,6 @@ private:
     std::deque<std::function<void()>> jobs_;
     bool isSyncWaiting_ = false;
     std::optional<std::chrono::steady_clock::time_point> lastSync_;
-    bool isReady_ = false;
     bool isAccountAnother_ = false;
     bool stopping_ = false;
     // The last, which uses the others on a thread of its own.
@@ -115,7 +116,8 @@ std::optional<Failure> Daemon::run() {
         if (auto failure = session_->stay(stayEvents(), options_.poll)) {
             return failure;
         }
-        bell_ = std::make_unique<ReminderBell>(*session_, folders_, warnings_.sink());
+        // What it has to say belongs to no request, though it may find that out during one.
+        bell_ = std::make_unique<ReminderBell>(*session_, folders_, log_);
         queue_->attach(session_->mainLoop());
         bell_->start();
         if (!server) {

@@ -15,6 +15,7 @@ using quendokit::Error;
 using quendokit::NoticeKind;
 using quendokit::NotificationAction;
 using quendokit::ReminderNotice;
+using quendokit::Result;
 
 /// The text of a command that does what the button does.
 std::string commandOf(NotificationAction action, const std::string& id) {
@@ -129,7 +130,11 @@ DesktopPresenter::DesktopPresenter(std::shared_ptr<quendokit::DispatchQueue> que
 
 void DesktopPresenter::show(const ReminderNotice& notice, Done done) {
     if (notifications_) {
-        notifications_->show(notificationOf(notice), std::move(done));
+        // Not called once this is gone, with which the connection goes.
+        notifications_->show(notificationOf(notice), [this, done = std::move(done)](const Result<std::string>& handle) {
+            hasFailed_ = !handle;
+            done(handle);
+        });
         return;
     }
     // In a later turn, as all answers.

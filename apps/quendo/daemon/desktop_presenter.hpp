@@ -30,6 +30,8 @@ public:
 
     /// Whether there is a bus to show them by.
     [[nodiscard]] bool canShow() const noexcept { return !failure_.has_value(); }
+    /// Whether the last thing that was to be shown could not be.
+    [[nodiscard]] bool hasFailed() const noexcept { return hasFailed_; }
     /// Name and version of what shows them; absent while nothing does.
     [[nodiscard]] std::optional<std::string> service() const;
 
@@ -38,6 +40,7 @@ private:
     quendokit::ReminderPresenterEvents events_;
     /// Why there are none.
     std::optional<quendokit::Error> failure_;
+    bool hasFailed_ = false;
     std::unique_ptr<quendokit::DesktopNotifications> notifications_;
 };
 

@@ -62,9 +62,13 @@ void ReminderBell::makeAlarms() {
     };
     quendokit::ReminderAlarmsEvents events;
     events.failed = [this](const Error& error) {
-        warn_(error.description);
-        const bool isFile = error.domain == "FiredLedger" || error.domain == "ArmedListFile";
-        (isFile ? hasWriteFailed_ : hasShowingFailed_) = true;
+        // Each command makes it try again, and fail again in the same way.
+        if (std::exchange(lastFailure_, error.description) != error.description) {
+            warn_(error.description);
+        }
+        if (error.domain == "FiredLedger" || error.domain == "ArmedListFile") {
+            hasWriteFailed_ = true;
+        }
         lookAfterHealth();
     };
     events.reports = warn_;
@@ -125,7 +129,7 @@ quendokit::HostFacts ReminderBell::facts() const {
     }
     facts.hasWriteFailed = hasWriteFailed_;
     // One that is started only when it is needed counts as there.
-    facts.isPresenterReachable = presenter_->canShow() && (presenter_->service() || !hasShowingFailed_);
+    facts.isPresenterReachable = presenter_->canShow() && (presenter_->service() || !presenter_->hasFailed());
     return facts;
 }
 

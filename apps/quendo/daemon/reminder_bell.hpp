@@ -56,8 +56,8 @@ private:
     std::vector<std::string> problems_;
     bool hasWriteFailed_ = false;
     bool hasJustFailed_ = false;
-    /// Whether the last thing that was to be shown could not be.
-    bool hasShowingFailed_ = false;
+    /// What the log was told last of something that could not be shown or written.
+    std::string lastFailure_;
     std::shared_ptr<quendokit::ReminderAlarms> alarms_;
     // The last ones, which tell the others.
     std::unique_ptr<quendokit::WallClockAlarm> clock_;

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -79,6 +80,22 @@ public:
 
     [[nodiscard]] pid_t process() const { return process_; }
     [[nodiscard]] const Environment& environment() const { return environment_; }
+    /// How often its threads have given the processor away.
+    [[nodiscard]] std::uint64_t voluntarySwitches() const {
+        std::uint64_t sum = 0;
+        const std::filesystem::path tasks = "/proc/" + std::to_string(process_) + "/task";
+        for (const auto& task : std::filesystem::directory_iterator(tasks)) {
+            std::ifstream file(task.path() / "status");
+            for (std::string word; file >> word;) {
+                if (word == "voluntary_ctxt_switches:") {
+                    std::uint64_t count = 0;
+                    file >> count;
+                    sum += count;
+                }
+            }
+        }
+        return sum;
+    }
     /// What it has written to standard error so far.
     [[nodiscard]] std::string lines() const {
         std::ifstream file(linesFile());

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <fstream>
 #include <set>
 #include <thread>
 #include <vector>
@@ -25,23 +24,6 @@ using ::testing::HasSubstr;
 class QuendoDaemon : public QuendoProgram {
 protected:
     [[nodiscard]] std::filesystem::path socket() const { return home_ / "socket"; }
-
-    /// How often the process has given the processor away.
-    static std::uint64_t switches(pid_t process) {
-        std::uint64_t sum = 0;
-        const std::filesystem::path tasks = "/proc/" + std::to_string(process) + "/task";
-        for (const auto& task : std::filesystem::directory_iterator(tasks)) {
-            std::ifstream file(task.path() / "status");
-            for (std::string word; file >> word;) {
-                if (word == "voluntary_ctxt_switches:") {
-                    std::uint64_t count = 0;
-                    file >> count;
-                    sum += count;
-                }
-            }
-        }
-        return sum;
-    }
 };
 
 TEST_F(QuendoDaemon, ASecondOneSaysSoAtOnceAndEndsWithThree) {
@@ -190,9 +172,9 @@ TEST_F(QuendoDaemon, SleepsWhileNobodyAsks) {
     add("x");
     // The settings' own timers, and the sanitizers' threads, come to rest.
     std::this_thread::sleep_for(1s);
-    const auto before = switches(daemon.process());
+    const auto before = daemon.voluntarySwitches();
     std::this_thread::sleep_for(4s);
-    EXPECT_LE(switches(daemon.process()) - before, 1U);
+    EXPECT_LE(daemon.voluntarySwitches() - before, 1U);
 }
 
 }  // namespace
