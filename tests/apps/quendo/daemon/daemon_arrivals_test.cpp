@@ -146,6 +146,8 @@ TEST_F(QuendoArrival, OfNothingLetsEveryDaemonSleepThroughAndThrough) {
     };
     const auto beforeTheReminder = startAnother("", sessionBus.address());
 
+    const auto withoutABus = startAnother("-without-bus", "unix:path=/nowhere/bus");
+
     const quendokit::testing::PrivateBus emptyBus;
     daemon = startAnother("-unshown", emptyBus.address());
     addSoon("for nobody");
@@ -153,14 +155,14 @@ TEST_F(QuendoArrival, OfNothingLetsEveryDaemonSleepThroughAndThrough) {
     const auto withAnUnshownReminder = std::move(daemon);
 
     quendokit::testing::PrivateBus deadBus;
-    daemon = startAnother("-without-bus", deadBus.address());
+    daemon = startAnother("-dead-bus", deadBus.address());
     deadBus.kill();
     ASSERT_TRUE(waitForLine("the session bus has ended"));
     const auto afterTheBusesEnd = std::move(daemon);
 
     const auto switches = [&] {
-        return std::vector{beforeTheReminder->voluntarySwitches(), withAnUnshownReminder->voluntarySwitches(),
-                           afterTheBusesEnd->voluntarySwitches()};
+        return std::vector{beforeTheReminder->voluntarySwitches(), withoutABus->voluntarySwitches(),
+                           withAnUnshownReminder->voluntarySwitches(), afterTheBusesEnd->voluntarySwitches()};
     };
     auto before = switches();
     ASSERT_TRUE(waitUntil([&] {
@@ -169,7 +171,8 @@ TEST_F(QuendoArrival, OfNothingLetsEveryDaemonSleepThroughAndThrough) {
     }));
     std::this_thread::sleep_for(idleTime);
     EXPECT_EQ(switches(), before);
-    for (const auto& each : {beforeTheReminder.get(), withAnUnshownReminder.get(), afterTheBusesEnd.get()}) {
+    for (const auto& each :
+         {beforeTheReminder.get(), withoutABus.get(), withAnUnshownReminder.get(), afterTheBusesEnd.get()}) {
         EXPECT_EQ(each->end(SIGTERM), 0) << each->lines();
     }
 }

@@ -167,15 +167,5 @@ TEST_F(QuendoDaemon, AskedToEndInTheMiddleItLosesNothingThatItAcknowledged) {
     EXPECT_GE(answer({"list"}).size(), static_cast<std::size_t>(acknowledged));
 }
 
-TEST_F(QuendoDaemon, SleepsWhileNobodyAsks) {
-    const DaemonProcess daemon(environment_);
-    add("x");
-    // The settings' own timers, and the sanitizers' threads, come to rest.
-    std::this_thread::sleep_for(1s);
-    const auto before = daemon.voluntarySwitches();
-    std::this_thread::sleep_for(4s);
-    EXPECT_LE(daemon.voluntarySwitches() - before, 1U);
-}
-
 }  // namespace
 }  // namespace quendo::testing
