@@ -39,6 +39,8 @@ Result<std::unique_ptr<FiredLedger>> FiredLedger::open(const std::filesystem::pa
     if (auto error = ledger->read(reports)) {
         return *std::move(error);
     }
+    // It was made under a clock that was ahead.
+    ledger->beginning_ = std::min(ledger->beginning_, now);
     return ledger;
 }
 

@@ -31,6 +31,10 @@ std::string lineOf(HostHealth::Problem problem, const HostFacts& facts) {
 
 }  // namespace
 
+void HostHealth::resumed() {
+    since_.clear();
+}
+
 HostHealth::State HostHealth::update(const HostFacts& facts, Date now) {
     State state;
     const auto problems = problemsOf(facts, now);
@@ -54,10 +58,6 @@ std::vector<HostHealth::Problem> HostHealth::problemsOf(const HostFacts& facts, 
     if (facts.lastDownload != lastDownload_) {
         since_.erase(Problem::downloadsMissing);
         lastDownload_ = facts.lastDownload;
-        // One of an earlier run counts from its own moment.
-        if (facts.lastDownload && *facts.lastDownload <= now) {
-            since_.emplace(Problem::downloadsMissing, *facts.lastDownload);
-        }
     }
     const bool isUnsent = facts.isMirrored && facts.unsentCount > 0;
     note(Problem::changesUnsent, lasts(Problem::changesUnsent, isUnsent, quarterOfAnHour, now));

@@ -44,8 +44,10 @@ public:
     };
 
     /// How things stand at `now`: changes unsent or a zone unknown for 15 minutes, no download for an hour (since the
-    /// first call, if there never was one), a failed write, no notification service.
+    /// first call, as nobody could have asked before), a failed write, no notification service.
     State update(const HostFacts& facts, Date now);
+    /// The machine was asleep: all waits begin anew, as nothing could have come meanwhile.
+    void resumed();
 
 private:
     /// Whether `isSo` has been so for `seconds`.

@@ -130,6 +130,9 @@ void ReminderAlarms::check() {
 
 void ReminderAlarms::checkOnce() {
     const Date now = platform::clock().now();
+    if (retryAt_ && *retryAt_ <= now) {
+        retryAt_.reset();
+    }
     closeOutdated();
     finishPressed(now);
     RemindersAt at = remindersAt(*parts_.controller, now, dueFrom(*parts_.ledger, now, options_));
@@ -151,7 +154,7 @@ void ReminderAlarms::checkOnce() {
     addUnshown(due);
     show(due, now);
     arm(std::move(at.armed), now, isNoted);
-    forgetWhatIsGone();
+    forgetWhatIsGone(now);
 }
 
 void ReminderAlarms::arm(std::vector<ArmedReminder> armed, Date now, bool everythingIsNoted) {
@@ -162,6 +165,10 @@ void ReminderAlarms::arm(std::vector<ArmedReminder> armed, Date now, bool everyt
             tell(events_.failed, *error);
         }
     }
+    setTimer(now);
+}
+
+void ReminderAlarms::setTimer(Date now) {
     const auto next = std::find_if(armed_.begin(), armed_.end(), [this](const ArmedReminder& reminder) {
         // What rang stays rung when the clock is set back.
         return parts_.ledger->find(reminder.id, reminder.date) == nullptr;
@@ -171,16 +178,31 @@ void ReminderAlarms::arm(std::vector<ArmedReminder> armed, Date now, bool everyt
         // At its very moment a reminder is in none of the engine's lists and cannot be postponed.
         moment = next->date > now ? next->date : Date(now.timeIntervalSince1970() + 0.001);
     }
+    if (retryAt_ && (!moment || *retryAt_ < *moment)) {
+        moment = retryAt_;
+    }
     if (timer_ != std::optional(moment)) {
         timer_ = moment;
         parts_.armAt(moment);
     }
 }
 
-void ReminderAlarms::forgetWhatIsGone() {
-    const auto error = parts_.ledger->compact([this](const FiredEntry& entry) {
+void ReminderAlarms::retryLater() {
+    // Once it has failed for half an hour, only news can make a difference.
+    constexpr int mostRetries = 11;
+    if (retries_ < mostRetries && !retryAt_) {
+        const Date now = platform::clock().now();
+        retryAt_ = now + (std::int64_t{1} << retries_++);
+        setTimer(now);
+    }
+}
+
+void ReminderAlarms::forgetWhatIsGone(Date now) {
+    // What is gone may come back, as everything does after a clear.
+    const Date recent = now - options_.oldAfter;
+    const auto error = parts_.ledger->compact([this, recent](const FiredEntry& entry) {
         const auto item = stored(entry.id);
-        return item && entry.isOf(item->datetime());
+        return (item && entry.isOf(item->datetime())) || (entry.occurrence && *entry.occurrence > recent);
     });
     if (error) {
         tell(events_.failed, *error);

@@ -84,7 +84,10 @@ private:
     void check();
     void checkOnce();
     void arm(std::vector<ArmedReminder> armed, Date now, bool everythingIsNoted);
-    void forgetWhatIsGone();
+    void setTimer(Date now);
+    /// What could not be shown or stored is tried again by itself, ever later, a number of times.
+    void retryLater();
+    void forgetWhatIsGone(Date now);
 
     // What is on the screen.
     void addUnshown(Due& due);
@@ -121,6 +124,9 @@ private:
     std::vector<ArmedReminder> armed_;
     /// What the timer was set to; absent while that is unknown.
     std::optional<std::optional<Date>> timer_;
+    /// When something that failed is tried again, and how often that was so in a row.
+    std::optional<Date> retryAt_;
+    int retries_ = 0;
     bool started_ = false;
     bool checking_ = false;
     bool checksAgain_ = false;

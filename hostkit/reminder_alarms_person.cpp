@@ -95,6 +95,7 @@ void ReminderAlarms::postpone(const FiredEntry& entry) {
     parts_.controller->postpone(*makeReminderStruct(*item), condition);
     if (isStillOf(entry, stored(entry.id)) && !entry.isOf(condition.date())) {
         finishFailed_ = now;
+        retryLater();
         report("a postponed reminder could not be stored; it is tried again");
         return;
     }

@@ -112,9 +112,13 @@ void ReminderAlarms::presented(FiredLedger::Entries entries, const Result<std::s
     }
     if (!handle) {
         // They stay due, until there is a screen or something else makes us look.
+        if (handle.error().retryAfter) {
+            retryLater();
+        }
         tell(events_.failed, handle.error());
         return;
     }
+    retries_ = 0;
     left_.erase(handle.value());
     for (FiredEntry& entry : entries) {
         entry.state = State::posted;

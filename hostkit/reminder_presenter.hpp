@@ -63,6 +63,9 @@ public:
     /// Shows `notice` and returns before it is shown. Calls `done` exactly once in a later turn, with the handle of
     /// what is shown or with why it is not; not at all once the presenter is gone. A handle is one line of text, not
     /// empty, that names no other notification and stays valid when the host starts again.
+    ///
+    /// An error has `retryAfter` when another attempt may help and nothing else will tell of it; without, `available`
+    /// does.
     virtual void show(const ReminderNotice& notice, Done done) = 0;
 
     /// Takes a notification off the screen. Nothing happens for one that is gone and for a handle that names none.

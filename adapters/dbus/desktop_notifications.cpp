@@ -212,7 +212,7 @@ void DesktopNotifications::State::send(const DesktopNotification& notification,
     // To the very instance that has said what it can do.
     const std::string owner = service_->name().owner();
     bus_->call({owner, dbus::notificationsPath, dbus::notificationsService, "Notify",
-                [&](sdbus::MethodCall& call) { write(call, notification, abilities); }},
+                [&](sdbus::MethodCall& call) { write(call, notification, abilities); }, options_.showTimeout},
                [self = shared_from_this(), owner, completion](const Result<dbus::Bus::Reply>& answer) {
                    if (!answer) {
                        self->outlet_.post(completion, Result<std::string>(answer.error()));

@@ -91,6 +91,8 @@ public:
         /// For each call to the bus or the service, and for all of `connect`. The start of a service may take 25
         /// seconds.
         std::chrono::milliseconds timeout = std::chrono::seconds(2);
+        /// For showing: a service that is slow has shown it all the same, and another attempt would show it twice.
+        std::chrono::milliseconds showTimeout = std::chrono::seconds(25);
         std::shared_ptr<DispatchQueue> queue;
         Events events = {};
     };

@@ -118,6 +118,34 @@ TEST_F(AlarmScreen, WhatCouldNotBeShownIsTriedAtTheNextCheck) {
     EXPECT_FALSE(ledger->find("a", start + 60)->handle.empty());
 }
 
+TEST_F(AlarmScreen, AServiceThatFailsIsAskedAgainEverLaterAndNotForEver) {
+    begin();
+    Error busy{"Screen", 7, "not now"};
+    busy.retryAfter = 1;
+    presenter->failNext(1'000, busy);
+    put({datedItem("a", start + 60)});
+    passTo(start + 61);
+    passTo(start + 68);
+    EXPECT_EQ(failures.size(), 4U) << "at its time, and after 1, 2 and 4 seconds";
+    passTo(start + 86'400);
+    EXPECT_EQ(failures.size(), 12U);
+    EXPECT_FALSE(timer) << "nothing wakes the machine up for what cannot be done";
+    presenter->failNext(0, busy);
+    wake();
+    EXPECT_EQ(rung(), Lines{"a"});
+}
+
+TEST_F(AlarmScreen, AServiceThatFailedOnceShowsItASecondLater) {
+    begin();
+    Error busy{"Screen", 7, "not now"};
+    busy.retryAfter = 1;
+    presenter->failNext(1, busy);
+    put({datedItem("a", start + 60), datedItem("b", start + 3'600)});
+    passTo(start + 63);
+    EXPECT_EQ(rung(), Lines{"a"});
+    EXPECT_EQ(timer, start + 3'600);
+}
+
 TEST_F(AlarmScreen, WhatCouldNotBeShownAndIsDeletedRetimedOrSeenMeanwhileIsNot) {
     begin();
     presenter->setAbsent(true);

@@ -58,11 +58,21 @@ TEST_F(Health, TellsOfAnUnknownZone) {
 
 TEST_F(Health, TellsOfMissingDownloadsAfterAnHour) {
     HostFacts facts = good(start);
+    EXPECT_TRUE(health.update(facts, start).lines.empty());
     EXPECT_TRUE(health.update(facts, start + 3'599).lines.empty());
     EXPECT_EQ(health.update(facts, start + 3'600).lines.size(), 1U);
     facts.lastDownload = start + 3'700;
     EXPECT_TRUE(health.update(facts, start + 3'700).lines.empty());
     EXPECT_EQ(health.update(facts, start + 7'300).newLines.size(), 1U);
+}
+
+TEST_F(Health, ADownloadOfAnEarlierRunOrOfBeforeASleepSaysNothingYet) {
+    HostFacts facts = good(start - 86'400);
+    EXPECT_TRUE(health.update(facts, start).lines.empty());
+    EXPECT_TRUE(health.update(facts, start + 3'599).lines.empty());
+    health.resumed();
+    EXPECT_TRUE(health.update(facts, start + 80'000).lines.empty());
+    EXPECT_EQ(health.update(facts, start + 83'600).lines.size(), 1U);
 }
 
 TEST_F(Health, CountsFromTheBeginningWhenNothingWasEverDownloaded) {

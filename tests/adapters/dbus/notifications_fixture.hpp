@@ -42,6 +42,7 @@ protected:
         made.applicationName = "Small Host";
         made.desktopEntry = "small-host";
         made.timeout = timeout;
+        made.showTimeout = timeout;
         made.queue = loop;
         made.events.invoked = [this](const auto& handle, const auto& key) { told("invoked " + handle + " " + key); };
         made.events.closed = [this](const auto& handle, DesktopNotifications::CloseReason reason) {
