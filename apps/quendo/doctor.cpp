@@ -230,10 +230,10 @@ Diagnosis examine(const Folders& folders) {
     DaemonState daemon = findDaemon(folders);
     Diagnosis diagnosis{{}, ExitCode::done};
     diagnosis.findings.push_back(foldersFinding(folders));
-    diagnosis.findings.push_back(
-        accessFinding("files", {database, database.string() + "-wal", database.string() + "-shm", folders.lock(),
-                                folders.journal(), folders.log(), folders.settings(), folders.account(),
-                                folders.sharedSettings(), folders.syncRecord(), folders.socket()}));
+    diagnosis.findings.push_back(accessFinding(
+        "files", {database, database.string() + "-wal", database.string() + "-shm", folders.lock(), folders.journal(),
+                  folders.log(), folders.settings(), folders.account(), folders.sharedSettings(), folders.syncRecord(),
+                  folders.ledger(), folders.armedList(), folders.socket()}));
     diagnosis.findings.push_back(lockFinding(folders, daemon));
     diagnosis.findings.push_back(databaseFinding(folders, diagnosis.code));
     diagnosis.findings.push_back(settingsFinding(folders, diagnosis.code));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <mutex>
 #include <utility>
 
@@ -15,6 +16,7 @@
 #include "apps/quendo/session_cloud_internal.hpp"
 #include "apps/quendo/session_internal.hpp"
 #include "apps/quendo/session_stay_internal.hpp"
+#include "hostkit/armed_list_file.hpp"
 #include "hostkit/guarded_user_defaults.hpp"
 #include "hostkit/intent_journal.hpp"
 #include "hostkit/two_step_changes.hpp"
@@ -156,10 +158,41 @@ Outcome<Response> Session::execute(const Request& request) {
     // While one request waits for the cloud, others come between; what fails then is each one's own.
     const auto outer = record_->exchange(std::nullopt);
     auto response = executeAlone(request);
+    const bool mayTellOfMoments =
+        std::holds_alternative<PostponeRequest>(request) || std::holds_alternative<SyncRequest>(request);
+    if (!stay_ && controller_ && mayTellOfMoments) {
+        noteWhatLiesAhead();
+    }
     if (outer) {
         record_->exchange(outer);
     }
     return response;
+}
+
+void Session::noteWhatLiesAhead() const {
+    std::error_code unknown;
+    if (!std::filesystem::exists(folders_.armedList(), unknown)) {
+        // No daemon ever ran here.
+        return;
+    }
+    const Date now = quendokit::platform::clock().now();
+    quendokit::ArmedListFile file(folders_.armedList(), warn_);
+    auto known = file.read().value_or(std::vector<quendokit::ArmedReminder>());
+    // What is over is for the daemon to look at.
+    std::erase_if(known, [now](const quendokit::ArmedReminder& each) { return each.date >= now; });
+    auto ahead = quendokit::armedReminders(*controller_, now);
+    known.insert(known.end(), std::make_move_iterator(ahead.begin()), std::make_move_iterator(ahead.end()));
+    if (const auto error = file.write(known, quendokit::ReminderDefaults::NoDate)) {
+        warn_(error->description);
+    }
+}
+
+Outcome<CloudView> Session::cloudView() {
+    // Somebody who looks in between takes no failure of a sync that goes on.
+    const auto outer = record_->exchange(std::nullopt);
+    auto view = readCloudView();
+    record_->exchange(outer);
+    return view;
 }
 
 Outcome<Response> Session::executeAlone(const Request& request) {

@@ -76,10 +76,13 @@ public:
     [[nodiscard]] std::optional<Failure> stay(StayEvents events, bool polls);
     /// There is a network again, or the machine woke up.
     void resumed();
-    /// Looks for the zone of the cloud with a new manager; `controller` is another one then.
+    /// Looks for the zone of the cloud with a new manager, unless it has been found; `controller` may be another one
+    /// then, and is none after a failure.
     [[nodiscard]] std::optional<Failure> renewMirror();
     /// Of a session that stays. Another one after `renewMirror`.
     [[nodiscard]] const std::shared_ptr<quendokit::ReminderController>& controller() const { return controller_; }
+    /// Whether the session works without what a request has ended, and another one is to be opened.
+    [[nodiscard]] bool isOver() const noexcept { return isOver_; }
     /// Whether something from the cloud is being stored: a request that changes reminders comes behind it.
     [[nodiscard]] bool isStoring() const;
     /// Makes a change of stored reminders, now or in a later turn.
@@ -93,6 +96,9 @@ public:
 
 private:
     [[nodiscard]] Outcome<Response> executeAlone(const Request& request);
+    /// For the next daemon, which cannot tell a reminder that was seen before it was postponed from one that was seen
+    /// since.
+    void noteWhatLiesAhead() const;
 
     struct Record;
     struct Cloud;
@@ -129,6 +135,7 @@ private:
     [[nodiscard]] Outcome<CloudView> perform(const CloudStatusRequest& request);
     [[nodiscard]] Outcome<CloudDisconnected> perform(const CloudDisconnectRequest& request);
     [[nodiscard]] Outcome<HealthView> perform(const StatusRequest& request);
+    [[nodiscard]] Outcome<CloudView> readCloudView();
     // session_sync.cpp
     [[nodiscard]] Outcome<SyncAnswer> perform(const SyncRequest& request);
     [[nodiscard]] Outcome<SyncAnswer> sync(std::chrono::seconds patience);
@@ -207,6 +214,7 @@ private:
     std::unique_ptr<ReminderMirror> mirror_;
     /// Only of a session that stays.
     std::unique_ptr<Stay> stay_;
+    bool isOver_ = false;
 };
 
 }  // namespace quendo

@@ -111,8 +111,11 @@ Outcome<CloudView> Session::perform(const CloudStatusRequest&) {
     return cloudView();
 }
 
-Outcome<CloudView> Session::cloudView() {
+Outcome<CloudView> Session::readCloudView() {
     CloudView view;
+    if (!controller_) {
+        return view;
+    }
     for (const auto& items : {controller_->remindersToUpload(), controller_->remindersToDelete()}) {
         view.unsent += items ? items->size() : 0;
     }

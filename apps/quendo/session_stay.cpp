@@ -26,6 +26,9 @@ std::optional<Failure> Session::stay(StayEvents events, bool polls) {
     // Nothing that an earlier version stored is read otherwise by this one. The version is remembered all the same: a
     // later one will ask.
     quendokit::Migrate(QUENDO_VERSION, quendokit::UserDefaults::standard(), [](auto, auto, auto) {});
+    if (const auto failure = takeFailure()) {
+        warn_(failure->line);
+    }
     if (accountFailure_) {
         warn_(accountFailure_->line);
     }
@@ -73,6 +76,7 @@ void Session::leaveCloud() {
     }
     stopMirror();
     cloud_->connection.reset();
+    isOver_ = true;
 }
 
 void Session::resumed() {
@@ -83,15 +87,15 @@ void Session::resumed() {
 }
 
 std::optional<Failure> Session::renewMirror() {
-    if (!mirror_) {
+    // A manager that has found the zone may poll by a timer of its own, and is never let go of.
+    if (!mirror_ || mirror_->zoneExists()) {
         return std::nullopt;
     }
     stopMirror();
-    auto failure = openToSync();
-    if (failure && !controller_) {
-        return openToRead();
+    if (const auto failure = openToSync()) {
+        warn_(failure->line);
     }
-    return std::nullopt;
+    return openToRead();
 }
 
 void Session::zoneChanged() {
@@ -107,10 +111,17 @@ bool Session::isStoring() const {
 }
 
 void Session::changeSoon(std::vector<std::string> ids, std::function<void()> change) {
-    if (mirror_) {
-        cloud_->guards->database(cloud_->account->container)->perform(std::move(ids), std::move(change));
-    } else {
+    auto changeBehindOthers = [this, change = std::move(change)] {
+        // Finished later, an earlier change would undo this one. When that fails, so does this.
+        if (twoSteps_) {
+            static_cast<void>(twoSteps_->finishLeftovers());
+        }
         change();
+    };
+    if (mirror_) {
+        cloud_->guards->database(cloud_->account->container)->perform(std::move(ids), std::move(changeBehindOthers));
+    } else {
+        changeBehindOthers();
     }
 }
 

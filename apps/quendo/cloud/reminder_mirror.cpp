@@ -62,6 +62,9 @@ void ReminderMirror::beginCount() {
     countedConfirmed_.clear();
     uploadError_ = std::nullopt;
     downloadError_ = std::nullopt;
+    waits_ = std::nullopt;
+    // Somebody waits for it now.
+    parts_.guard->retryNow();
 }
 
 void ReminderMirror::resendTheRest(std::function<void(bool)> done) {

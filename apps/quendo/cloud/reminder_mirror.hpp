@@ -63,7 +63,7 @@ public:
     /// Something that came is not stored yet.
     [[nodiscard]] bool isStoring() const;
 
-    /// Counts from now on; a word of an earlier failure is forgotten.
+    /// Counts from now on; a word of an earlier failure is forgotten, and what waits is tried at once.
     void beginCount();
     [[nodiscard]] const SyncAnswer& count() const noexcept { return count_; }
     /// Why the last upload and the last download failed since `beginCount`; absent when they did not.

@@ -1,5 +1,6 @@
 #include "apps/quendo/daemon/daemon.hpp"
 
+#include <atomic>
 #include <chrono>
 #include <deque>
 #include <functional>
@@ -29,9 +30,12 @@ namespace {
 constexpr std::chrono::seconds patienceForCommands(5);
 constexpr std::chrono::milliseconds betweenTries(10);
 
-/// The lock, unless there is a daemon already.
-Outcome<LockFile> takeDaemonLock(const Folders& folders) {
-    const auto end = std::chrono::steady_clock::now() + patienceForCommands;
+/// The lock, unless there is a daemon already. A command that is at work is waited for, however long it takes: nothing
+/// would ring until the next login.
+Outcome<LockFile> takeDaemonLock(const Folders& folders, const std::function<bool()>& isAskedToEnd,
+                                 const std::function<void(const std::string&)>& warn) {
+    const auto patient = std::chrono::steady_clock::now() + patienceForCommands;
+    bool hasWarned = false;
     for (;;) {
         auto lock = takeLock(folders, std::chrono::milliseconds(0));
         if (lock || lock.failure().code != ExitCode::locked) {
@@ -46,11 +50,23 @@ Outcome<LockFile> takeDaemonLock(const Folders& folders) {
                                                  ": a daemon answers there already; end it first, as with systemctl "
                                                  "--user stop quendo"};
         }
-        if (std::chrono::steady_clock::now() >= end) {
+        if (isAskedToEnd()) {
             return lock;
+        }
+        if (std::chrono::steady_clock::now() >= patient && !std::exchange(hasWarned, true)) {
+            warn(folders.lock().string() +
+                 ": another quendo is at work on these reminders; the daemon begins when it "
+                 "is done");
         }
         std::this_thread::sleep_for(betweenTries);
     }
+}
+
+bool changesReminders(const Request& request) {
+    return std::holds_alternative<AddRequest>(request) || std::holds_alternative<EditRequest>(request) ||
+           std::holds_alternative<PostponeRequest>(request) || std::holds_alternative<SeenRequest>(request) ||
+           std::holds_alternative<DeleteRequest>(request) || std::holds_alternative<ClearRequest>(request) ||
+           std::holds_alternative<ImportRequest>(request);
 }
 
 class Daemon {
@@ -61,7 +77,10 @@ public:
           lines_(quendokit::makeStandardErrorSink()),
           log_([lines = lines_](const std::string& line) { lines->writeLine("quendo: " + escapedText(line)); }),
           warnings_(log_),
-          termination_([this] { queue_->async([this] { stop(); }); }) {}
+          termination_([this] {
+              isAskedToEnd_ = true;
+              queue_->async([this] { stop(); });
+          }) {}
 
     [[nodiscard]] std::optional<Failure> run();
 
@@ -87,14 +106,17 @@ private:
     std::deque<std::function<void()>> jobs_;
     bool isSyncWaiting_ = false;
     std::optional<std::chrono::steady_clock::time_point> lastSync_;
-    bool isAccountAnother_ = false;
+    bool isOwnSyncRunning_ = false;
+    /// Why it cannot go on.
+    std::optional<Failure> failure_;
     bool stopping_ = false;
+    std::atomic<bool> isAskedToEnd_ = false;
     // The last, which uses the others on a thread of its own.
     Termination termination_;
 };
 
 std::optional<Failure> Daemon::run() {
-    auto taken = takeDaemonLock(folders_);
+    auto taken = takeDaemonLock(folders_, [this] { return isAskedToEnd_.load(); }, warnings_.sink());
     if (!taken) {
         return taken.failure();
     }
@@ -138,13 +160,12 @@ std::optional<Failure> Daemon::run() {
         bell_.reset();
         session_.reset();
     }
-    return std::nullopt;
+    return failure_;
 }
 
 void Daemon::live() {
     const auto loop = session_->mainLoop();
-    isAccountAnother_ = false;
-    while (!stopping_ && !isAccountAnother_) {
+    while (!stopping_ && !session_->isOver()) {
         static_cast<void>(
             loop->runUntil([this] { return stopping_ || !jobs_.empty(); }, std::chrono::nanoseconds::max()));
         if (!stopping_ && !jobs_.empty()) {
@@ -176,8 +197,11 @@ Session::StayEvents Daemon::stayEvents() {
     events.wantsSync = [this] { syncSoon(); };
     events.wantsNewMirror = [this] {
         jobs_.emplace_back([this] {
-            if (const auto failure = session_->renewMirror()) {
-                warnings_.sink()(failure->line);
+            failure_ = session_->renewMirror();
+            if (failure_) {
+                // Whoever starts it again may find the reminders again.
+                stop();
+                return;
             }
             bell_->controllerReplaced();
         });
@@ -192,6 +216,10 @@ void Daemon::take(const Request& request, const RequestReply& reply) {
                 answer(request, reply);
             }
         });
+        if (isOwnSyncRunning_) {
+            // A person comes first.
+            session_->mainLoop()->stop();
+        }
     } else if (session_->isStoring()) {
         queue_->async([this, request, reply] { take(request, reply); });
     } else {
@@ -202,6 +230,9 @@ void Daemon::take(const Request& request, const RequestReply& reply) {
 void Daemon::answer(const Request& request, const RequestReply& reply) {
     WarningLines::Collection collection(warnings_);
     auto outcome = session_->execute(request);
+    if (outcome && changesReminders(request)) {
+        bell_->writeDone();
+    }
     // Not everything that a request changes is told to a scheduler, and a press on what it has changed may come next.
     bell_->storeChanged();
     if (!outcome) {
@@ -209,8 +240,6 @@ void Daemon::answer(const Request& request, const RequestReply& reply) {
         return;
     }
     Response response = std::move(outcome).value();
-    isAccountAnother_ = isAccountAnother_ || std::holds_alternative<CloudConnected>(response) ||
-                        std::holds_alternative<CloudDisconnected>(response);
     if (auto* view = std::get_if<HealthView>(&response)) {
         view->daemon = bell_->health();
     }
@@ -230,9 +259,14 @@ void Daemon::syncSoon() {
 
 void Daemon::sync() {
     constexpr std::chrono::seconds patience(30);
+    isOwnSyncRunning_ = true;
     const auto answer = session_->execute(Request(SyncRequest{patience}));
+    isOwnSyncRunning_ = false;
     isSyncWaiting_ = false;
-    if (!answer) {
+    if (!answer && !jobs_.empty()) {
+        lastSync_.reset();
+        syncSoon();
+    } else if (!answer) {
         // It goes on in the background; the next download that succeeds asks again.
         warnings_.sink()(answer.failure().line);
     }

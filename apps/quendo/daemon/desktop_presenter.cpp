@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "adapters/cctz/local_time_zone.hpp"
+#include "adapters/dbus/dbus_error.hpp"
 #include "apps/quendo/when.hpp"
 
 namespace quendo {
@@ -74,6 +75,14 @@ DesktopNotification healthOf(const ReminderNotice& notice) {
     return shown;
 }
 
+/// Whether there is nobody who could show anything: somebody who comes is told of.
+bool isOfNobody(const Error& error) {
+    using quendokit::DBusErrorCode;
+    return quendokit::isDBusError(error, DBusErrorCode::noBus) ||
+           quendokit::isDBusError(error, DBusErrorCode::disconnected) ||
+           quendokit::isDBusError(error, DBusErrorCode::noService);
+}
+
 }  // namespace
 
 DesktopNotification notificationOf(const ReminderNotice& notice) {
@@ -133,7 +142,14 @@ void DesktopPresenter::show(const ReminderNotice& notice, Done done) {
         // Not called once this is gone, with which the connection goes.
         notifications_->show(notificationOf(notice), [this, done = std::move(done)](const Result<std::string>& handle) {
             hasFailed_ = !handle;
-            done(handle);
+            if (handle || isOfNobody(handle.error())) {
+                done(handle);
+                return;
+            }
+            // It is there and did not do it.
+            Error error = handle.error();
+            error.retryAfter = 1;
+            done(error);
         });
         return;
     }

@@ -90,15 +90,16 @@ void ReminderBell::start() {
 }
 
 void ReminderBell::storeChanged() {
-    // A failed write is followed by one of these, too.
-    hasWriteFailed_ = std::exchange(hasJustFailed_, false);
     alarms_->storeChanged();
 }
 
 void ReminderBell::writeFailed() {
     hasWriteFailed_ = true;
-    hasJustFailed_ = true;
     lookAfterHealth();
+}
+
+void ReminderBell::writeDone() {
+    hasWriteFailed_ = false;
 }
 
 void ReminderBell::controllerReplaced() {
@@ -113,6 +114,7 @@ void ReminderBell::zoneChanged() {
 }
 
 void ReminderBell::resumed() {
+    health_.resumed();
     alarms_->clockChanged();
     alarms_->arrived();
     session_.resumed();
@@ -136,6 +138,11 @@ quendokit::HostFacts ReminderBell::facts() const {
 void ReminderBell::lookAfterHealth() {
     const auto state = health_.update(facts(), now());
     problems_ = state.lines;
+    if (problems_.empty()) {
+        for (const std::string& handle : std::exchange(healthHandles_, {})) {
+            presenter_->close(handle);
+        }
+    }
     if (state.newLines.empty()) {
         return;
     }
@@ -147,7 +154,11 @@ void ReminderBell::lookAfterHealth() {
     notice.titles = state.newLines;
     notice.count = state.newLines.size();
     // Whoever cannot show it is one of the lines.
-    presenter_->show(notice, [](const quendokit::Result<std::string>&) {});
+    presenter_->show(notice, [this](const quendokit::Result<std::string>& handle) {
+        if (handle) {
+            healthHandles_.push_back(handle.value());
+        }
+    });
 }
 
 DaemonHealth ReminderBell::health() {

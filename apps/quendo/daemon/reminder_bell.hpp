@@ -35,6 +35,8 @@ public:
     /// Something is stored, deleted or downloaded, or a write has failed.
     void storeChanged();
     void writeFailed();
+    /// A write of the reminders has succeeded.
+    void writeDone();
     /// The session works with another controller.
     void controllerReplaced();
     /// What is known of the cloud may be another thing than before.
@@ -55,7 +57,8 @@ private:
     quendokit::HostHealth health_;
     std::vector<std::string> problems_;
     bool hasWriteFailed_ = false;
-    bool hasJustFailed_ = false;
+    /// What the screen says of them.
+    std::vector<std::string> healthHandles_;
     /// What the log was told last of something that could not be shown or written.
     std::string lastFailure_;
     std::shared_ptr<quendokit::ReminderAlarms> alarms_;
