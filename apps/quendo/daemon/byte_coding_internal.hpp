@@ -78,12 +78,12 @@ public:
     void write(const std::variant<T...>& value) {
         static_assert(sizeof...(T) < 128);
         bytes_.push_back(static_cast<char>(value.index()));
-        std::visit([this](const auto& each) { write(each); }, value);
+        std::visit([this](const auto& each) { this->write(each); }, value);
     }
     template <typename Struct>
         requires requires(const Struct& value) { fieldsOf(value); }
     void write(const Struct& value) {
-        std::apply([this](const auto&... field) { (write(field), ...); }, fieldsOf(value));
+        std::apply([this](const auto&... field) { (this->write(field), ...); }, fieldsOf(value));
     }
 
     [[nodiscard]] std::string take() { return std::move(bytes_); }
