@@ -145,8 +145,7 @@ std::optional<Failure> Daemon::run() {
         if (!server) {
             server = std::make_unique<RequestServer>(
                 socket.value(), queue_,
-                [this](const Request& request, const RequestReply& reply) { take(request, reply); },
-                std::move(options));
+                [this](const Request& request, const RequestReply& reply) { take(request, reply); }, options);
             lines_->writeLine("quendo: listening at " + folders_.socket().string());
             tellReady();
         }

@@ -99,7 +99,7 @@ DesktopNotification notificationOf(const ReminderNotice& notice) {
 }
 
 DesktopPresenter::DesktopPresenter(std::shared_ptr<quendokit::DispatchQueue> queue,
-                                   std::function<void(const std::string&)> warn)
+                                   const std::function<void(const std::string&)>& warn)
     : queue_(std::move(queue)) {
     DesktopNotifications::Options options;
     options.applicationName = "Reminders";

@@ -22,7 +22,8 @@ namespace quendo {
 class DesktopPresenter final : public quendokit::ReminderPresenter {
 public:
     /// `queue` is that of the main thread. `warn` hears why nothing can be shown, now or later.
-    DesktopPresenter(std::shared_ptr<quendokit::DispatchQueue> queue, std::function<void(const std::string&)> warn);
+    DesktopPresenter(std::shared_ptr<quendokit::DispatchQueue> queue,
+                     const std::function<void(const std::string&)>& warn);
 
     void show(const quendokit::ReminderNotice& notice, Done done) override;
     void close(const std::string& handle) override;
