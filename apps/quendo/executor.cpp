@@ -13,7 +13,7 @@ namespace quendo {
 namespace {
 
 constexpr std::chrono::seconds patienceForOthers(5);
-constexpr std::chrono::milliseconds betweenTries(10);
+constexpr std::chrono::milliseconds betweenLooks(10);
 
 class SessionExecutor final : public Executor {
 public:
@@ -90,7 +90,7 @@ Outcome<std::unique_ptr<Executor>> findExecutor(const Folders& folders, Warn war
             return lock.failure();
         }
         // It may be a daemon that begins.
-        std::this_thread::sleep_for(betweenTries);
+        std::this_thread::sleep_for(betweenLooks);
     }
 }
 

@@ -28,7 +28,7 @@ namespace {
 
 /// How long a command that is at work may take to end.
 constexpr std::chrono::seconds patienceForCommands(5);
-constexpr std::chrono::milliseconds betweenTries(10);
+constexpr std::chrono::milliseconds betweenAttempts(10);
 
 /// The lock, unless there is a daemon already. A command that is at work is waited for, however long it takes: nothing
 /// would ring until the next login.
@@ -58,7 +58,7 @@ Outcome<LockFile> takeDaemonLock(const Folders& folders, const std::function<boo
                  ": another quendo is at work on these reminders; the daemon begins when it "
                  "is done");
         }
-        std::this_thread::sleep_for(betweenTries);
+        std::this_thread::sleep_for(betweenAttempts);
     }
 }
 
