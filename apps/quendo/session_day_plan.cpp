@@ -28,9 +28,6 @@ std::optional<Failure> Session::shareDayPlan(std::chrono::steady_clock::time_poi
             return Failure{ExitCode::cloud, "the cloud at " + cloud_->account->url + " has not answered"};
         }
         const auto error = plan.lastError();
-        if (!error && plan.hasSharedAll()) {
-            forgetWhatWasRemoved(shared);
-        }
         if (!error && !shareWhatIsOnlyHere(shared, plan.hasSharedAll())) {
             plan.setSharedAll();
             takeOverWhatIsShared(shared);

@@ -96,13 +96,6 @@ void takeOverWhatIsShared(const NSUbiquitousKeyValueStore& shared) {
     }
 }
 
-void forgetWhatWasRemoved(const NSUbiquitousKeyValueStore& shared) {
-    constexpr std::string_view key = quendokit::OptionKeys::MacAppPurchased;
-    if (!shared.object(key) && quendokit::UserDefaults::standard().object(key)) {
-        quendokit::UserDefaults::standard().remove(key);
-    }
-}
-
 bool shareWhatIsOnlyHere(NSUbiquitousKeyValueStore& shared, bool hasSharedAll) {
     bool isShared = false;
     for (auto& [key, value] : storedDayPlan()) {

@@ -63,11 +63,6 @@ void keepUnsentUpToDate(quendokit::NSUbiquitousKeyValueStore& shared);
 /// it came.
 void takeOverWhatIsShared(const quendokit::NSUbiquitousKeyValueStore& shared);
 
-/// Removes from the settings what somebody has removed from what is shared: the one setting that can be. Else the
-/// engine would share it anew, with the next change of another one. Only after everything was shared once, and after a
-/// pass.
-void forgetWhatWasRemoved(const quendokit::NSUbiquitousKeyValueStore& shared);
-
 /// Gives `shared` what this device has and nobody else: it was set before there was a cloud, or the cloud has lost it.
 /// False when there is nothing of the kind. Only after everything has come from there. `hasSharedAll`: what can be
 /// removed was shared before, and somebody has removed it.
