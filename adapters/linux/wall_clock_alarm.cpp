@@ -85,7 +85,7 @@ public:
     void set(std::optional<Date> moment) {
         isSet_ = moment.has_value();
         const itimerspec time = timerOf(moment);
-        // Fails with ECANCELED when the clock was set meanwhile, and is set all the same; the thread hears of that.
+        // Fails with ECANCELED when the clock was set meanwhile, and is set all the same: to a moment, not to a wait.
         static_cast<void>(timerfd_settime(timer.number(), TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &time, nullptr));
     }
 

@@ -135,6 +135,8 @@ std::optional<Failure> Daemon::run() {
             return session.failure();
         }
         session_ = std::move(session).value();
+        // That was another account's.
+        lastSync_.reset();
         if (auto failure = session_->stay(stayEvents(), options_.poll)) {
             return failure;
         }
